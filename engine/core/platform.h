@@ -1,0 +1,19 @@
+// The few calls that differ between platforms and compilers; each platform implements them in
+// one file of its own.
+#pragma once
+
+#include <cstdint>
+
+#include "engine/core/cpuid_source.h"
+
+namespace zal::engine::platform {
+
+CpuidRegisters Cpuid(std::uint32_t leaf, std::uint32_t subleaf);
+std::uint64_t Xgetbv0();
+std::uint64_t ReadTimeStampCounter();
+// Calendar time in whole seconds.
+std::int64_t CalendarSeconds();
+// The MXCSR mask field of the FXSAVE image: which MXCSR bits the processor supports (0: default).
+std::uint32_t FxsaveMxcsrMask();
+
+}  // namespace zal::engine::platform
