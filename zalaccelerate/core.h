@@ -2,7 +2,8 @@
 // processor information, the library version record and the floating-point modes.
 //
 // Every primitive of the library exists in six variants, one per x86-64 level:
-//   0 SSE2 (SSE3 where present)   1 SSSE3   2 SSE4.2   3 AVX   4 AVX2+FMA+BMI1/2   5 AVX-512 F/CD/BW/DQ/VL
+//   0 SSE2 (SSE3 where present)   1 SSSE3   2 SSE4.2   3 AVX   4 AVX2+FMA+BMI1/2   5 AVX-512
+//   F/CD/BW/DQ/VL
 // The level is chosen once per process, at the first call of any primitive (from any thread),
 // by detecting the processor; no environment variable or setting overrides it.
 #pragma once

@@ -3,13 +3,23 @@
 
 namespace zalaccelerate::utility {
 
-void SetFlushDenormalsToZero(bool enable) { engSetFlushToZeroMode(enable ? 1 : 0, nullptr); }
-void SetDenormalsAreZero(bool enable) { engSetDenormalsAreZeroMode(enable ? 1 : 0); }
+void SetFlushDenormalsToZero(bool enable) {
+  engSetFlushToZeroMode(enable ? 1 : 0, nullptr);
+}
+void SetDenormalsAreZero(bool enable) {
+  engSetDenormalsAreZeroMode(enable ? 1 : 0);
+}
 void SetDenormalExceptionsEnabled(bool) {}
 
 // Deliberately constant: callers rely on these never reading the register.
-bool GetFlushDenormalsToZero() { return false; }
-bool GetDenormalsAreZero() { return false; }
-bool GetDenormalExceptionsEnabled() { return false; }
+bool GetFlushDenormalsToZero() {
+  return false;
+}
+bool GetDenormalsAreZero() {
+  return false;
+}
+bool GetDenormalExceptionsEnabled() {
+  return false;
+}
 
 }  // namespace zalaccelerate::utility

@@ -25,11 +25,23 @@ std::complex<double>* Malloc_Complex_Double(unsigned int count) {
   return static_cast<std::complex<double>*>(dispatch::MallocC64(static_cast<int>(count)));
 }
 
-void Free(unsigned char* buffer) { dispatch::Free(buffer); }
-void Free(short* buffer) { dispatch::Free(buffer); }
-void Free(float* buffer) { dispatch::Free(buffer); }
-void Free(double* buffer) { dispatch::Free(buffer); }
-void Free(std::complex<float>* buffer) { dispatch::Free(buffer); }
-void Free(std::complex<double>* buffer) { dispatch::Free(buffer); }
+void Free(unsigned char* buffer) {
+  dispatch::Free(buffer);
+}
+void Free(short* buffer) {
+  dispatch::Free(buffer);
+}
+void Free(float* buffer) {
+  dispatch::Free(buffer);
+}
+void Free(double* buffer) {
+  dispatch::Free(buffer);
+}
+void Free(std::complex<float>* buffer) {
+  dispatch::Free(buffer);
+}
+void Free(std::complex<double>* buffer) {
+  dispatch::Free(buffer);
+}
 
 }  // namespace zalaccelerate::utility

@@ -9,7 +9,7 @@
 namespace zal::engine {
 
 struct CacheSize {
-  int bytes;       // -1 with status 36, 0 with status 37
+  int bytes;  // -1 with status 36, 0 with status 37
   EngStatus status;
   int line_bytes;  // of the largest cache; 0 when unknown
 };

@@ -7,7 +7,9 @@
 namespace zal::engine {
 namespace {
 
-constexpr bool Bit(std::uint32_t reg, int bit) { return (reg >> bit) & 1u; }
+constexpr bool Bit(std::uint32_t reg, int bit) {
+  return (reg >> bit) & 1u;
+}
 
 struct FeatureSource {
   std::uint64_t feature;
@@ -20,9 +22,8 @@ constexpr FeatureSource kLeaf1Edx[] = {
     {engCpuSSE2, 26},
 };
 constexpr FeatureSource kLeaf1Ecx[] = {
-    {engCpuSSE3, 0},   {engCpuSSSE3, 9},  {engCpuMOVBE, 22}, {engCpuSSE41, 19},
-    {engCpuSSE42, 20}, {engCpuAVX, 28},   {engCpuAES, 25},   {engCpuCLMUL, 1},
-    {engCpuRDRAND, 30}, {engCpuF16C, 29},
+    {engCpuSSE3, 0}, {engCpuSSSE3, 9}, {engCpuMOVBE, 22}, {engCpuSSE41, 19},  {engCpuSSE42, 20},
+    {engCpuAVX, 28}, {engCpuAES, 25},  {engCpuCLMUL, 1},  {engCpuRDRAND, 30}, {engCpuF16C, 29},
 };
 constexpr FeatureSource kLeaf7Ebx[] = {
     {engCpuADCOX, 19},    {engCpuRDSEED, 18},   {engCpuSHA, 29},      {engCpuAVX512F, 16},

@@ -14,7 +14,9 @@ constexpr std::uint64_t kBaselineFeatures = engCpuMMX | engCpuSSE | engCpuSSE2;
 
 }  // namespace
 
-std::uint64_t SelectedFeatures() { return g_selected_features.load(std::memory_order_relaxed); }
+std::uint64_t SelectedFeatures() {
+  return g_selected_features.load(std::memory_order_relaxed);
+}
 
 void PutInForce(std::uint64_t features) {
   g_selected_features.store(features, std::memory_order_relaxed);
@@ -51,9 +53,13 @@ EngStatus engStartDispatch() {
   return IsReferenceVendor(ThisProcessor()) ? status : engStsNonReferenceVendorCpu;
 }
 
-std::uint64_t engGetSelectedCpuFeatures() { return SelectedFeatures(); }
+std::uint64_t engGetSelectedCpuFeatures() {
+  return SelectedFeatures();
+}
 
-int engGetDispatchIndex() { return g_dispatch_index.load(std::memory_order_relaxed); }
+int engGetDispatchIndex() {
+  return g_dispatch_index.load(std::memory_order_relaxed);
+}
 
 void engSetDispatchIndex(int level) {
   if (level < -1 || level >= kLevelCount) return;

@@ -3,10 +3,14 @@
 
 using namespace zal::engine;
 
-const EngLibraryVersion* engLibraryVersion() { return dispatch::LibraryVersion(); }
+const EngLibraryVersion* engLibraryVersion() {
+  return dispatch::LibraryVersion();
+}
 
 EngStatus engSetFlushToZeroMode(int flag, unsigned int* savedUnderflowMask) {
   return dispatch::SetFlushToZeroMode(flag, savedUnderflowMask);
 }
 
-EngStatus engSetDenormalsAreZeroMode(int flag) { return dispatch::SetDenormalsAreZeroMode(flag); }
+EngStatus engSetDenormalsAreZeroMode(int flag) {
+  return dispatch::SetDenormalsAreZeroMode(flag);
+}

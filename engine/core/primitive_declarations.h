@@ -8,8 +8,8 @@
 #include "engine/core/shapes.h"
 
 #define ZAL_DECLARE_PRIMITIVE(family, name, shape, accuracy) shape name;
-#define ZAL_DECLARE_LEVEL(level) \
-  namespace zal::engine::level { \
+#define ZAL_DECLARE_LEVEL(level)        \
+  namespace zal::engine::level {        \
   ZAL_PRIMITIVES(ZAL_DECLARE_PRIMITIVE) \
   }
 ZAL_FOR_EACH_LEVEL(ZAL_DECLARE_LEVEL)
@@ -18,6 +18,6 @@ ZAL_DECLARE_LEVEL(portable)
 #undef ZAL_DECLARE_PRIMITIVE
 
 // Placed after a family's kernels: an overload that does not match its shape fails here.
-#define ZAL_CHECK_SHAPE(family, name, shape, accuracy)                                  \
+#define ZAL_CHECK_SHAPE(family, name, shape, accuracy)                                          \
   static_assert(std::is_same_v<decltype(::zal::engine::ZAL_LEVEL::name), ::zal::engine::shape>, \
                 #name " does not match its shape");

@@ -4,8 +4,8 @@
 // Adding a primitive means a row here, its kernel, and its wrapper.
 #pragma once
 
-#define ZAL_MEMORY_PRIMITIVES(X)         \
-  X(memory, Malloc, Allocate, kService)  \
+#define ZAL_MEMORY_PRIMITIVES(X)           \
+  X(memory, Malloc, Allocate, kService)    \
   X(memory, MallocU8, Allocate, kService)  \
   X(memory, MallocS16, Allocate, kService) \
   X(memory, MallocF32, Allocate, kService) \

@@ -39,8 +39,8 @@
 #define ZAL_HAS_AVX512 0
 #endif
 
-#if ZAL_HAS_SSSE3 != (ZAL_LEVEL_INDEX >= 1) || ZAL_HAS_SSE42 != (ZAL_LEVEL_INDEX >= 2) ||   \
-    ZAL_HAS_AVX != (ZAL_LEVEL_INDEX >= 3) || ZAL_HAS_AVX2 != (ZAL_LEVEL_INDEX >= 4) || \
+#if ZAL_HAS_SSSE3 != (ZAL_LEVEL_INDEX >= 1) || ZAL_HAS_SSE42 != (ZAL_LEVEL_INDEX >= 2) || \
+    ZAL_HAS_AVX != (ZAL_LEVEL_INDEX >= 3) || ZAL_HAS_AVX2 != (ZAL_LEVEL_INDEX >= 4) ||    \
     ZAL_HAS_AVX512 != (ZAL_LEVEL_INDEX >= 5)
 #error "this translation unit's instruction-set flags do not match its level"
 #endif

@@ -12,7 +12,6 @@ namespace {
 namespace utility = zalaccelerate::utility;
 
 constexpr unsigned kDaz = 0x40;
-constexpr unsigned kUnderflowMask = 0x800;
 constexpr unsigned kFtz = 0x8000;
 constexpr unsigned kDefaultCsr = 0x1F80;  // all exceptions masked, round to nearest
 

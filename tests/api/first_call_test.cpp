@@ -18,7 +18,7 @@ TEST(FirstCall, ThreadsRacingThroughTheFirstCallAgree) {
   constexpr int kThreads = 16;
   std::atomic<int> waiting{kThreads};
   std::vector<const EngLibraryVersion*> versions(kThreads);
-  std::vector<bool> aligned(kThreads);
+  std::vector<char> aligned(kThreads);  // not vector<bool>: threads write neighbouring bits
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {

@@ -43,9 +43,9 @@ TEST(ProcessorInfo, FeatureWordAgreesWithTheProcessor) {
     bool present;
   };
   const Expectation expectations[] = {
-      {engCpuSSE2, (leaf1.edx >> 26 & 1) != 0},    {engCpuSSE3, (leaf1.ecx & 1) != 0},
-      {engCpuSSSE3, (leaf1.ecx >> 9 & 1) != 0},    {engCpuSSE42, (leaf1.ecx >> 20 & 1) != 0},
-      {engCpuAVX, (leaf1.ecx >> 28 & 1) != 0},     {engCpuAVX512F, (leaf7.ebx >> 16 & 1) != 0},
+      {engCpuSSE2, (leaf1.edx >> 26 & 1) != 0},     {engCpuSSE3, (leaf1.ecx & 1) != 0},
+      {engCpuSSSE3, (leaf1.ecx >> 9 & 1) != 0},     {engCpuSSE42, (leaf1.ecx >> 20 & 1) != 0},
+      {engCpuAVX, (leaf1.ecx >> 28 & 1) != 0},      {engCpuAVX512F, (leaf7.ebx >> 16 & 1) != 0},
       {engCpuAVX512BW, (leaf7.ebx >> 30 & 1) != 0}, {engCpuSHA, (leaf7.ebx >> 29 & 1) != 0},
   };
   std::uint64_t features = 0;
@@ -151,7 +151,8 @@ TEST(ProcessorInfo, BypassTakesTheWordAndReplacesTheDetectedOne) {
   const std::uint64_t in_force = engGetSelectedCpuFeatures();
 
   int level = -1;
-  EXPECT_EQ(engSelectCpuFeatures(engCpuSSE2 | engCpuBypassChecks, &level), engStsFeaturesCombination);
+  EXPECT_EQ(engSelectCpuFeatures(engCpuSSE2 | engCpuBypassChecks, &level),
+            engStsFeaturesCombination);
   EXPECT_EQ(level, 0);
   EXPECT_EQ(engGetSelectedCpuFeatures(), engCpuMMX | engCpuSSE | engCpuSSE2);
   std::uint64_t after = 0;

@@ -24,7 +24,9 @@ int ParseLevel(const char* text) {
 
 }  // namespace
 
-int ForcedLevel() { return g_forced_level; }
+int ForcedLevel() {
+  return g_forced_level;
+}
 
 void RestoreForcedLevel() {
   if (g_forced_level < 0) return;

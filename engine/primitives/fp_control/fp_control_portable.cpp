@@ -2,5 +2,5 @@
 // is its own reference.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
-#include "engine/simd/level_check-inl.h"
 #include "engine/primitives/fp_control/fp_control-inl.h"
+#include "engine/simd/level_check-inl.h"

@@ -29,17 +29,30 @@ void* Malloc(int bytes) {
   void* block = std::malloc(static_cast<std::size_t>(bytes) + kOverhead);
   if (!block) return nullptr;
   const std::uintptr_t heap = reinterpret_cast<std::uintptr_t>(block);
-  const std::uintptr_t aligned = (heap + kOverhead - 1) & ~static_cast<std::uintptr_t>(kAlignment - 1);
+  const std::uintptr_t aligned =
+      (heap + kOverhead - 1) & ~static_cast<std::uintptr_t>(kAlignment - 1);
   std::memcpy(reinterpret_cast<void*>(aligned - sizeof(void*)), &block, sizeof(void*));
   return reinterpret_cast<void*>(aligned);
 }
 
-void* MallocU8(int count) { return AllocateElements(count, 1); }
-void* MallocS16(int count) { return AllocateElements(count, 2); }
-void* MallocF32(int count) { return AllocateElements(count, 4); }
-void* MallocF64(int count) { return AllocateElements(count, 8); }
-void* MallocC32(int count) { return AllocateElements(count, 8); }
-void* MallocC64(int count) { return AllocateElements(count, 16); }
+void* MallocU8(int count) {
+  return AllocateElements(count, 1);
+}
+void* MallocS16(int count) {
+  return AllocateElements(count, 2);
+}
+void* MallocF32(int count) {
+  return AllocateElements(count, 4);
+}
+void* MallocF64(int count) {
+  return AllocateElements(count, 8);
+}
+void* MallocC32(int count) {
+  return AllocateElements(count, 8);
+}
+void* MallocC64(int count) {
+  return AllocateElements(count, 16);
+}
 
 void Free(void* aligned) {
   if (!aligned) return;

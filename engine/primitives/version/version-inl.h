@@ -23,7 +23,9 @@ const EngLibraryVersion kVersion = {
 
 }  // namespace
 
-const EngLibraryVersion* LibraryVersion() { return &kVersion; }
+const EngLibraryVersion* LibraryVersion() {
+  return &kVersion;
+}
 
 }  // namespace zal::engine::ZAL_LEVEL
 

@@ -1,5 +1,5 @@
 // The version record has no vector form: the baseline build is its own reference.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
-#include "engine/simd/level_check-inl.h"
 #include "engine/primitives/version/version-inl.h"
+#include "engine/simd/level_check-inl.h"
