@@ -23,7 +23,8 @@ CacheSize FromDeterministicLeaf(const CpuidSource& cpu) {
     const std::int64_t line = (r.ebx & 0xFFF) + 1;
     const std::int64_t sets = static_cast<std::int64_t>(r.ecx) + 1;
     const std::int64_t bytes = ways * partitions * line * sets;
-    if (bytes > largest.bytes) largest = {static_cast<int>(bytes), engStsNoErr, static_cast<int>(line)};
+    if (bytes > largest.bytes)
+      largest = {static_cast<int>(bytes), engStsNoErr, static_cast<int>(line)};
   }
   return largest;
 }
@@ -61,7 +62,8 @@ EngStatus engGetMaxCacheSizeB(int* bytes) {
     *bytes = memo;
     return memo_status;
   }
-  const zal::engine::CacheSize measured = zal::engine::MeasureMaxCacheSize(zal::engine::ThisProcessor());
+  const zal::engine::CacheSize measured =
+      zal::engine::MeasureMaxCacheSize(zal::engine::ThisProcessor());
   g_cache_status.store(measured.status, std::memory_order_relaxed);
   g_cache_bytes.store(measured.bytes, std::memory_order_release);
   *bytes = measured.bytes;

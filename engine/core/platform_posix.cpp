@@ -20,9 +20,13 @@ std::uint64_t Xgetbv0() {
   return (static_cast<std::uint64_t>(edx) << 32) | eax;
 }
 
-std::uint64_t ReadTimeStampCounter() { return __builtin_ia32_rdtsc(); }
+std::uint64_t ReadTimeStampCounter() {
+  return __builtin_ia32_rdtsc();
+}
 
-std::int64_t CalendarSeconds() { return static_cast<std::int64_t>(std::time(nullptr)); }
+std::int64_t CalendarSeconds() {
+  return static_cast<std::int64_t>(std::time(nullptr));
+}
 
 std::uint32_t FxsaveMxcsrMask() {
   alignas(16) unsigned char image[512] = {};

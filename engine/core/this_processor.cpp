@@ -16,6 +16,8 @@ const Processor kProcessor{};
 
 }  // namespace
 
-const CpuidSource& ThisProcessor() { return kProcessor; }
+const CpuidSource& ThisProcessor() {
+  return kProcessor;
+}
 
 }  // namespace zal::engine
