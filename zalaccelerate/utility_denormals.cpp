@@ -1,13 +1,15 @@
-#include "zalaccelerate/core.h"
+#include "engine/core/dispatch.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 
+namespace dispatch = zal::engine::dispatch;
+
 void SetFlushDenormalsToZero(bool enable) {
-  engSetFlushToZeroMode(enable ? 1 : 0, nullptr);
+  dispatch::SetFlushToZeroMode(enable ? 1 : 0, nullptr);
 }
 void SetDenormalsAreZero(bool enable) {
-  engSetDenormalsAreZeroMode(enable ? 1 : 0);
+  dispatch::SetDenormalsAreZeroMode(enable ? 1 : 0);
 }
 void SetDenormalExceptionsEnabled(bool) {}
 
