@@ -14,6 +14,12 @@ else()
   endif()
 endif()
 
+# MinGW: the GCC runtime, libstdc++ and winpthread linked in, so that the DLL and the test
+# programs need no DLL beyond the system's.
+if(MINGW)
+  target_link_options(zal_compile_options INTERFACE -static)
+endif()
+
 if(ZAL_SANITIZE)
   target_compile_options(zal_compile_options INTERFACE
     -fsanitize=${ZAL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

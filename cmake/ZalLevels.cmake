@@ -11,6 +11,8 @@ if(MSVC)
   set(ZAL_LEVEL_FLAGS_avx2 /arch:AVX2)
   set(ZAL_LEVEL_FLAGS_avx512 /arch:AVX512)
   set(ZAL_LEVEL_OPTIMIZE /O2)
+  # Run-time checks cannot be combined with /O2, which the kernels always build with.
+  string(REGEX REPLACE "/RTC[1csu]*" "" CMAKE_CXX_FLAGS_DEBUG "${CMAKE_CXX_FLAGS_DEBUG}")
 else()
   # Each list also switches off the next extension up, so that flags a user adds for the whole
   # build (say -march=native) cannot leak into a lower level.
@@ -23,6 +25,16 @@ else()
     -mavx512f -mavx512cd -mavx512bw -mavx512dq -mavx512vl)
   # Kernels are optimised in every build type: -O0 keeps shared inline helpers as symbols.
   set(ZAL_LEVEL_OPTIMIZE -O2)
+  if(MINGW AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Win64 aligns the stack to 16 bytes only, and MinGW GCC may spill ymm and zmm registers with
+    # aligned moves: a fault on Windows whenever the slot is off a 32-byte boundary. Debian patches
+    # its GCC to emit unaligned moves; for every other build, the assembler (binutils 2.38+) turns
+    # each aligned move into its unaligned twin, which costs nothing on aligned data.
+    # build.stack_vector_moves checks the objects.
+    foreach(level IN LISTS ZAL_LEVELS)
+      list(APPEND ZAL_LEVEL_FLAGS_${level} -Wa,-muse-unaligned-vector-move)
+    endforeach()
+  endif()
 endif()
 
 set(ZAL_LEVEL_INDEX_sse2 0)

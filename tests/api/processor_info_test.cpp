@@ -1,24 +1,16 @@
-#include <cpuid.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 
+#include "tests/support/cpuid.h"
 #include "tests/support/forced_level.h"
 #include "zalaccelerate/core.h"
 
 namespace {
 
-struct Registers {
-  unsigned eax, ebx, ecx, edx;
-};
-
-// The test's own reading of the processor, independent of the engine's.
-Registers Cpuid(unsigned leaf, unsigned subleaf) {
-  Registers r{};
-  __cpuid_count(leaf, subleaf, r.eax, r.ebx, r.ecx, r.edx);
-  return r;
-}
+using zal::test::Cpuid;
+using Registers = zal::test::CpuidRegisters;
 
 bool IsReferenceVendor() {
   const Registers leaf0 = Cpuid(0, 0);
