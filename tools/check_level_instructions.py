@@ -14,8 +14,9 @@ Exit status: 0 clean, 1 offending instructions, 2 usage or tool error.
 import argparse
 import fnmatch
 import re
-import subprocess
 import sys
+
+import disassembly
 
 LEVELS = ("sse2", "ssse3", "sse42", "avx", "avx2", "avx512")
 BEYOND = "beyond every level"
@@ -122,14 +123,9 @@ SYSTEM_V_MNEMONICS = frozenset(
 AVX_256_BIT_VP = frozenset(("vptest", "vpermilps", "vpermilpd", "vperm2f128"))
 # Encoding pseudo-prefixes objdump prints ahead of the mnemonic.
 PSEUDO_PREFIX_LEVELS = {"{vex}": "avx", "{vex2}": "avx", "{vex3}": "avx", "{evex}": "avx512"}
-PREFIXES = re.compile(r"(?:lock|rep|repe|repz|repne|repnz|notrack|bnd|xacquire|xrelease|data16|"
-                      r"data32|addr16|addr32|[c-gs]s|rex(?:\.[WRXB]+)?|rex64|\{[a-z0-9]+\})$")
 UNDECODED = re.compile(r"\(bad\)$|<unknown>$|\.(?:byte|short|word|long)$")
 
 SIZE_SUFFIX = "(?:[bwlqs]|ll)?"
-SECTION_LINE = re.compile(r"^Disassembly of section (.*):\s*$")
-FUNCTION_LINE = re.compile(r"^[0-9A-Fa-f]+ <(.*)>:\s*$")
-INSTRUCTION_LINE = re.compile(r"^\s*([0-9A-Fa-f]+):\s+(\S.*)$")
 
 
 def compile_extensions():
@@ -177,61 +173,20 @@ def requirements(pseudo_prefixes, mnemonic, operands):
         yield "sse42", "SSE4.1 pextrw to memory"
 
 
-def parse_instruction(text):
-    """Splits 'prefixes mnemonic operands annotation' into (pseudo-prefixes, mnemonic, operands)."""
-    # AT&T operands hold neither '#' nor ' <': objdump's annotations start there.
-    tokens = re.split(r"#|\s<", text, 1)[0].split()
-    pseudo_prefixes = []
-    while tokens and PREFIXES.match(tokens[0]):
-        if tokens[0].startswith("{"):
-            pseudo_prefixes.append(tokens[0])
-        tokens.pop(0)
-    if not tokens:  # llvm-objdump prints a lone lock prefix on a line of its own
-        return pseudo_prefixes, None, ""
-    return pseudo_prefixes, tokens[0], "".join(tokens[1:])
-
-
-def disassemble(objdump, path):
-    command = [objdump, "-d", "--no-show-raw-insn", "-M", "att", "-C", path]
-    result = subprocess.run(command, capture_output=True, text=True)
-    if result.returncode != 0:
-        raise RuntimeError("{} failed on {}:\n{}".format(objdump, path, result.stderr))
-    return result.stdout
-
-
 def check_object(objdump, path, group):
     """Returns (instruction count, offences) for one object."""
     allowed = RANK[GROUP_LEVELS[group]]
-    section, function = "?", "?"
-    sections, count = 0, 0
+    count = 0
     offences = []
-    for line in disassemble(objdump, path).splitlines():
-        section_header = SECTION_LINE.match(line)
-        if section_header:
-            section, function = section_header.group(1), "?"
-            sections += 1
-            continue
-        function_header = FUNCTION_LINE.match(line)
-        if function_header:
-            function = function_header.group(1)
-            continue
-        match = INSTRUCTION_LINE.match(line)
-        if not match or section == "?":
-            continue
-        address, text = match.groups()
-        pseudo_prefixes, mnemonic, operands = parse_instruction(text)
-        if mnemonic is None:
-            continue
+    for i in disassembly.instructions(objdump, path):
         count += 1
         needs = [(RANK[level], level, reason)
-                 for level, reason in requirements(pseudo_prefixes, mnemonic, operands)]
+                 for level, reason in requirements(i.pseudo_prefixes, i.mnemonic, i.operands)]
         if needs and max(needs)[0] > allowed:
             _, level, reason = max(needs)
             need = "in no level" if level == BEYOND else "needs level " + level
             offences.append("{} {}+0x{} in {}: {}  ({}: {})".format(
-                path, section, address, function, " ".join(text.split()), reason, need))
-    if sections and not count:
-        raise RuntimeError("no instruction recognised in the disassembly of " + path)
+                path, i.section, i.address, i.function, " ".join(i.text.split()), reason, need))
     return count, offences
 
 
@@ -245,7 +200,7 @@ def parse_groups(argv):
     for group, *objects in args.level:
         if group not in GROUP_LEVELS:
             parser.error("unknown level {!r}".format(group))
-        paths = [path for argument in objects for path in argument.split(";") if path]
+        paths = disassembly.object_paths(objects)
         if not paths:
             parser.error("no objects for level {}".format(group))
         groups.append((group, paths))
