@@ -1,4 +1,12 @@
-// Vector utilities: aligned memory and the calling thread's denormal modes.
+// Vector utilities: elementwise arithmetic, aligned memory and the calling thread's denormal modes.
+//
+// Conventions of every vector function:
+// - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
+//   signed 32-bit value: a len of 0, or of 2^31 and more, makes the call a silent no-op, and so
+//   does any null pointer. Nothing is written then, and nothing is ever reported or thrown.
+// - Arguments: len first, then sources, then the destination, then scalar parameters, except where
+//   a function's comment says otherwise. Buffers need no particular alignment.
+// - Complex vectors are interleaved (real, imaginary), as std::complex stores them.
 #pragma once
 
 #include <complex>
@@ -6,6 +14,69 @@
 #include "zalaccelerate/export.h"
 
 namespace zalaccelerate::utility {
+
+// ---- Elementwise arithmetic --------------------------------------------------------------------
+// For each i < len. Note the operand roles of Sub and Div: the FIRST source is subtracted from,
+// or divides, the SECOND.
+//   Add(len, a, b, dst)              dst[i] = a[i] + b[i]
+//   Sub(len, a, b, dst)              dst[i] = b[i] - a[i]
+//   Mul(len, a, b, dst)              dst[i] = a[i] * b[i]
+//   Div(len, a, b, dst)              dst[i] = b[i] / a[i]
+//   AddProduct(len, a, b, dst)       dst[i] = dst[i] + a[i] * b[i]       (accumulates)
+//   X_InPlace(len, src, srcDst)      srcDst[i] = srcDst[i] X src[i]    (Sub: srcDst - src,
+//                                                                       Div: srcDst / src)
+//   AddConstant(len, src, c, dst)    dst[i] = src[i] + c
+//   SubConstant(len, src, c, dst)    dst[i] = src[i] - c
+//   SubConstantRev(len, src, c, dst) dst[i] = c - src[i]
+//   MulConstant(len, src, dst, c)    dst[i] = src[i] * c                 (constant last)
+//   DivConstant(len, src, dst, c)    dst[i] = src[i] / c                 (constant last)
+//   DivConstantRev(len, c, src, dst) dst[i] = c / src[i]                 (constant second)
+//   XConstant_InPlace(len, srcDst, c)  as XConstant with src = dst = srcDst
+//   AddConstantProduct(len, src, srcDst, c)  srcDst[i] += src[i] * c   (the double overload
+//                                                                       does nothing, on purpose)
+// Results: real operations are single IEEE operations (a product then a sum for the Product
+// forms, never fused), so every processor level gives the same bits. Complex operations use
+//   (p + qi)(r + si) = (pr - qs) + (ps + qr)i
+//   (p + qi)/(r + si) = ((pr + qs) + (qr - ps)i) / (r^2 + s^2)
+// in that order of IEEE operations, also bit-identical at every level; the quotient is not
+// rescaled, so |divisor|^2 must not overflow or underflow. Division by zero gives IEEE results
+// (±Inf, NaN), with every other element computed. A destination may be the same buffer as a source
+// (exactly, not partly overlapping).
+
+#define ZALACCELERATE_ARITHMETIC(T)                                          \
+  ZAL_API void Add(unsigned int len, const T* a, const T* b, T* dst);        \
+  ZAL_API void Add_InPlace(unsigned int len, const T* src, T* srcDst);       \
+  ZAL_API void AddConstant(unsigned int len, const T* src, T c, T* dst);     \
+  ZAL_API void AddConstant_InPlace(unsigned int len, T* srcDst, T c);        \
+  ZAL_API void AddProduct(unsigned int len, const T* a, const T* b, T* dst); \
+  ZAL_API void Sub(unsigned int len, const T* a, const T* b, T* dst);        \
+  ZAL_API void Sub_InPlace(unsigned int len, const T* src, T* srcDst);       \
+  ZAL_API void SubConstant(unsigned int len, const T* src, T c, T* dst);     \
+  ZAL_API void SubConstant_InPlace(unsigned int len, T* srcDst, T c);        \
+  ZAL_API void SubConstantRev(unsigned int len, const T* src, T c, T* dst);  \
+  ZAL_API void SubConstantRev_InPlace(unsigned int len, T* srcDst, T c);     \
+  ZAL_API void Mul(unsigned int len, const T* a, const T* b, T* dst);        \
+  ZAL_API void Mul_InPlace(unsigned int len, const T* src, T* srcDst);       \
+  ZAL_API void MulConstant(unsigned int len, const T* src, T* dst, T c);     \
+  ZAL_API void MulConstant_InPlace(unsigned int len, T* srcDst, T c);        \
+  ZAL_API void Div(unsigned int len, const T* a, const T* b, T* dst);        \
+  ZAL_API void Div_InPlace(unsigned int len, const T* src, T* srcDst);       \
+  ZAL_API void DivConstant(unsigned int len, const T* src, T* dst, T c);     \
+  ZAL_API void DivConstant_InPlace(unsigned int len, T* srcDst, T c);
+
+ZALACCELERATE_ARITHMETIC(float)
+ZALACCELERATE_ARITHMETIC(double)
+ZALACCELERATE_ARITHMETIC(std::complex<float>)
+ZALACCELERATE_ARITHMETIC(std::complex<double>)
+#undef ZALACCELERATE_ARITHMETIC
+
+ZAL_API void AddConstantProduct(unsigned int len, const float* src, float* srcDst, float c);
+ZAL_API void AddConstantProduct(unsigned int len, const double* src, double* srcDst, double c);
+ZAL_API void DivConstantRev(unsigned int len, float c, const float* src, float* dst);
+
+// srcDst[i] = srcDst[i] * c * 2^-scale, rounded to the nearest integer (ties to even) and
+// saturated to [-32768, 32767]. A negative scale enlarges: scale -3 multiplies by 8.
+ZAL_API void MulConstant_InPlace(unsigned int len, short* srcDst, short c, int scale);
 
 // ---- Aligned memory --------------------------------------------------------------------------
 // Buffers aligned to 64 bytes, for the widest vectors the library uses. `count` counts elements

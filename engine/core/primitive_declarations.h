@@ -18,6 +18,8 @@ ZAL_DECLARE_LEVEL(portable)
 #undef ZAL_DECLARE_PRIMITIVE
 
 // Placed after a family's kernels: an overload that does not match its shape fails here.
-#define ZAL_CHECK_SHAPE(family, name, shape, accuracy)                                          \
-  static_assert(std::is_same_v<decltype(::zal::engine::ZAL_LEVEL::name), ::zal::engine::shape>, \
-                #name " does not match its shape");
+#define ZAL_CHECK_SHAPE(family, name, shape, accuracy)            \
+  namespace zal::engine {                                         \
+  static_assert(std::is_same_v<decltype(ZAL_LEVEL::name), shape>, \
+                #name " does not match its shape");               \
+  }

@@ -20,7 +20,60 @@
 
 #define ZAL_VERSION_PRIMITIVES(X) X(version, LibraryVersion, VersionQuery, kService)
 
+// Elementwise arithmetic: dst = first + second, second - first, first * second, second / first;
+// AddProduct accumulates first * second into dst. Constant forms: src + c, src - c, c - src
+// (Rev), src * c, src / c, c / src (DivConstantRev). InPlace forms read and write src_dst.
+#define ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, T, E)                         \
+  X(arithmetic, Add##E, Binary<T>, kExact)                              \
+  X(arithmetic, Sub##E, Binary<T>, kExact)                              \
+  X(arithmetic, Mul##E, Binary<T>, kExact)                              \
+  X(arithmetic, Div##E, Binary<T>, kExact)                              \
+  X(arithmetic, AddProduct##E, Binary<T>, kExact)                       \
+  X(arithmetic, Sub##E##InPlace, BinaryInPlace<T>, kExact)              \
+  X(arithmetic, Mul##E##InPlace, BinaryInPlace<T>, kExact)              \
+  X(arithmetic, Div##E##InPlace, BinaryInPlace<T>, kExact)              \
+  X(arithmetic, AddConstant##E, WithConstant<T>, kExact)                \
+  X(arithmetic, SubConstant##E, WithConstant<T>, kExact)                \
+  X(arithmetic, SubConstantRev##E, WithConstant<T>, kExact)             \
+  X(arithmetic, MulConstant##E, WithConstant<T>, kExact)                \
+  X(arithmetic, DivConstant##E, WithConstant<T>, kExact)                \
+  X(arithmetic, AddConstant##E##InPlace, ConstantInPlace<T>, kExact)    \
+  X(arithmetic, SubConstant##E##InPlace, ConstantInPlace<T>, kExact)    \
+  X(arithmetic, SubConstantRev##E##InPlace, ConstantInPlace<T>, kExact) \
+  X(arithmetic, MulConstant##E##InPlace, ConstantInPlace<T>, kExact)    \
+  X(arithmetic, DivConstant##E##InPlace, ConstantInPlace<T>, kExact)
+
+#define ZAL_ARITHMETIC_PRIMITIVES(X)                                             \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, float, F32)                                  \
+  X(arithmetic, AddConstantProductF32, WithConstant<float>, kExact)              \
+  X(arithmetic, DivConstantRevF32, WithConstant<float>, kExact)                  \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, double, F64)                                 \
+  X(arithmetic, AddF64InPlace, BinaryInPlace<double>, kExact)                    \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, Complex32, C32)                              \
+  X(arithmetic, AddC32InPlace, BinaryInPlace<Complex32>, kExact)                 \
+  X(arithmetic, AddC64, Binary<Complex64>, kExact)                               \
+  X(arithmetic, SubC64, Binary<Complex64>, kExact)                               \
+  X(arithmetic, MulC64, Binary<Complex64>, kExact)                               \
+  X(arithmetic, DivC64, Binary<Complex64>, kExact)                               \
+  X(arithmetic, AddProductC64, Binary<Complex64>, kExact)                        \
+  X(arithmetic, AddC64InPlace, BinaryInPlace<Complex64>, kExact)                 \
+  X(arithmetic, SubC64InPlace, BinaryInPlace<Complex64>, kExact)                 \
+  X(arithmetic, MulC64InPlace, BinaryInPlace<Complex64>, kExact)                 \
+  X(arithmetic, DivC64InPlace, BinaryInPlace<Complex64>, kExact)                 \
+  X(arithmetic, AddConstantC64, WithConstantRef<Complex64>, kExact)              \
+  X(arithmetic, SubConstantC64, WithConstantRef<Complex64>, kExact)              \
+  X(arithmetic, SubConstantRevC64, WithConstantRef<Complex64>, kExact)           \
+  X(arithmetic, MulConstantC64, WithConstantRef<Complex64>, kExact)              \
+  X(arithmetic, DivConstantC64, WithConstantRef<Complex64>, kExact)              \
+  X(arithmetic, AddConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
+  X(arithmetic, SubConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
+  X(arithmetic, SubConstantRevC64InPlace, ConstantRefInPlace<Complex64>, kExact) \
+  X(arithmetic, MulConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
+  X(arithmetic, DivConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
+  X(arithmetic, MulConstantScaledS16, WithConstantScaled<short>, kExact)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
-  ZAL_VERSION_PRIMITIVES(X)
+  ZAL_VERSION_PRIMITIVES(X)    \
+  ZAL_ARITHMETIC_PRIMITIVES(X)

@@ -9,7 +9,37 @@ namespace zal::engine {
 // Accuracy class of a primitive, which the cross-level tests compare by.
 enum class Accuracy {
   kService,  // no elementwise result: tested by its own contract
+  kExact,    // the same bits as the portable variant at every level (NaN payloads aside)
 };
+
+// Interleaved complex samples, layout-compatible with std::complex (real part first).
+struct Complex32 {
+  float re;
+  float im;
+};
+struct Complex64 {
+  double re;
+  double im;
+};
+
+// Elementwise primitives. Operand roles follow the engine's convention: a two-operand primitive
+// combines its second operand with its first (second - first, second / first).
+template <class T>
+using Binary = EngStatus(const T* first, const T* second, T* dst, int n);
+template <class T>
+using BinaryInPlace = EngStatus(const T* src, T* src_dst, int n);
+template <class T>
+using WithConstant = EngStatus(const T* src, T constant, T* dst, int n);
+template <class T>
+using ConstantInPlace = EngStatus(T constant, T* src_dst, int n);
+// Constants too wide to pass in a register are read through a pointer.
+template <class T>
+using WithConstantRef = EngStatus(const T* src, const T* constant, T* dst, int n);
+template <class T>
+using ConstantRefInPlace = EngStatus(const T* constant, T* src_dst, int n);
+// Integer product scaled by 2^-scale.
+template <class T>
+using WithConstantScaled = EngStatus(const T* src, T constant, T* dst, int n, int scale);
 
 using Allocate = void*(int count);
 using Release = void(void* block);

@@ -1,0 +1,277 @@
+// The vector layer of the avx512 level: 512-bit registers, opmask registers for comparisons, and
+// masked loads and stores for tails.
+#pragma once
+
+#include "engine/simd/vec_common-inl.h"
+
+// GCC 12 takes the undefined pass-through operand inside its own AVX-512 shuffle intrinsics for an
+// uninitialised variable (fixed in GCC 13). Scoped to these wrappers, which hold no variables.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+struct MF32 {
+  __mmask16 raw = 0;
+};
+struct MF64 {
+  __mmask8 raw = 0;
+};
+
+struct VF32 {
+  __m512 raw;
+  static constexpr int kLanes = 16;
+  using Mask = MF32;
+};
+struct VF64 {
+  __m512d raw;
+  static constexpr int kLanes = 8;
+  using Mask = MF64;
+};
+struct VS16 {
+  __m512i raw;
+  static constexpr int kLanes = 32;
+};
+struct VS32 {
+  __m512i raw;
+  static constexpr int kLanes = 16;
+};
+// The two halves of a widened VS16, in the lane order PackSat undoes (within 128-bit lanes).
+struct VS32Pair {
+  VS32 lo;
+  VS32 hi;
+};
+
+// The first n lanes, n below the lane count.
+ZAL_INLINE __mmask8 FirstLanes8(int n) {
+  return static_cast<__mmask8>((1u << n) - 1);
+}
+ZAL_INLINE __mmask16 FirstLanes16(int n) {
+  return static_cast<__mmask16>((1u << n) - 1);
+}
+ZAL_INLINE __mmask32 FirstLanes32(int n) {
+  return static_cast<__mmask32>((1u << n) - 1);
+}
+
+ZAL_INLINE VF32 Load(const float* p) {
+  return {_mm512_loadu_ps(p)};
+}
+ZAL_INLINE VF64 Load(const double* p) {
+  return {_mm512_loadu_pd(p)};
+}
+ZAL_INLINE VS16 Load(const short* p) {
+  return {_mm512_loadu_si512(p)};
+}
+ZAL_INLINE void Store(float* p, VF32 v) {
+  _mm512_storeu_ps(p, v.raw);
+}
+ZAL_INLINE void Store(double* p, VF64 v) {
+  _mm512_storeu_pd(p, v.raw);
+}
+ZAL_INLINE void Store(short* p, VS16 v) {
+  _mm512_storeu_si512(p, v.raw);
+}
+// p aligned to the register.
+ZAL_INLINE void Stream(float* p, VF32 v) {
+  _mm512_stream_ps(p, v.raw);
+}
+ZAL_INLINE void Stream(double* p, VF64 v) {
+  _mm512_stream_pd(p, v.raw);
+}
+ZAL_INLINE void Stream(short* p, VS16 v) {
+  _mm512_stream_si512(reinterpret_cast<__m512i*>(p), v.raw);
+}
+
+// Lanes n and above hold 1, which no operation turns into an exception or a zero divisor.
+ZAL_INLINE VF32 LoadN(const float* p, int n) {
+  return {_mm512_mask_loadu_ps(_mm512_set1_ps(1.0f), FirstLanes16(n), p)};
+}
+ZAL_INLINE VF64 LoadN(const double* p, int n) {
+  return {_mm512_mask_loadu_pd(_mm512_set1_pd(1.0), FirstLanes8(n), p)};
+}
+// Lanes from n on are clear.
+ZAL_INLINE VS16 LoadN(const short* p, int n) {
+  return {_mm512_maskz_loadu_epi16(FirstLanes32(n), p)};
+}
+ZAL_INLINE void StoreN(float* p, VF32 v, int n) {
+  _mm512_mask_storeu_ps(p, FirstLanes16(n), v.raw);
+}
+ZAL_INLINE void StoreN(double* p, VF64 v, int n) {
+  _mm512_mask_storeu_pd(p, FirstLanes8(n), v.raw);
+}
+ZAL_INLINE void StoreN(short* p, VS16 v, int n) {
+  _mm512_mask_storeu_epi16(p, FirstLanes32(n), v.raw);
+}
+
+ZAL_INLINE VF32 Broadcast(float x) {
+  return {_mm512_set1_ps(x)};
+}
+ZAL_INLINE VF64 Broadcast(double x) {
+  return {_mm512_set1_pd(x)};
+}
+ZAL_INLINE VS16 Broadcast(short x) {
+  return {_mm512_set1_epi16(x)};
+}
+ZAL_INLINE VS32 Broadcast(std::int32_t x) {
+  return {_mm512_set1_epi32(x)};
+}
+// Built in registers: the 128-bit broadcast instruction takes only a memory operand, which would
+// put the constant through a stack slot the kernel must realign.
+ZAL_INLINE VF32 BroadcastPair(float even, float odd) {
+  const __m128 pair = _mm_unpacklo_ps(_mm_set_ss(even), _mm_set_ss(odd));
+  return {_mm512_castpd_ps(_mm512_broadcastsd_pd(_mm_castps_pd(pair)))};
+}
+ZAL_INLINE VF64 BroadcastPair(double even, double odd) {
+  const __m512d pair = _mm512_castpd128_pd512(_mm_unpacklo_pd(_mm_set_sd(even), _mm_set_sd(odd)));
+  return {_mm512_shuffle_f64x2(pair, pair, 0)};
+}
+
+// The same bits seen as float lanes.
+ZAL_INLINE VF32 AsF32(VF64 v) {
+  return {_mm512_castpd_ps(v.raw)};
+}
+
+ZAL_INLINE VF32 operator+(VF32 a, VF32 b) {
+  return {_mm512_add_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 operator+(VF64 a, VF64 b) {
+  return {_mm512_add_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 operator-(VF32 a, VF32 b) {
+  return {_mm512_sub_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 operator-(VF64 a, VF64 b) {
+  return {_mm512_sub_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 operator*(VF32 a, VF32 b) {
+  return {_mm512_mul_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 operator*(VF64 a, VF64 b) {
+  return {_mm512_mul_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 operator/(VF32 a, VF32 b) {
+  return {_mm512_div_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 operator/(VF64 a, VF64 b) {
+  return {_mm512_div_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Min(VF32 a, VF32 b) {
+  return {_mm512_min_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Min(VF64 a, VF64 b) {
+  return {_mm512_min_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Max(VF32 a, VF32 b) {
+  return {_mm512_max_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Max(VF64 a, VF64 b) {
+  return {_mm512_max_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Xor(VF32 a, VF32 b) {
+  return {_mm512_xor_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Xor(VF64 a, VF64 b) {
+  return {_mm512_xor_pd(a.raw, b.raw)};
+}
+
+ZAL_INLINE MF32 IsZero(VF32 v) {
+  return {_mm512_cmp_ps_mask(v.raw, _mm512_setzero_ps(), _CMP_EQ_OQ)};
+}
+ZAL_INLINE MF64 IsZero(VF64 v) {
+  return {_mm512_cmp_pd_mask(v.raw, _mm512_setzero_pd(), _CMP_EQ_OQ)};
+}
+ZAL_INLINE MF32 operator|(MF32 a, MF32 b) {
+  return {static_cast<__mmask16>(a.raw | b.raw)};
+}
+ZAL_INLINE MF64 operator|(MF64 a, MF64 b) {
+  return {static_cast<__mmask8>(a.raw | b.raw)};
+}
+ZAL_INLINE bool AnyLane(MF32 m) {
+  return m.raw != 0;
+}
+ZAL_INLINE bool AnyLane(MF64 m) {
+  return m.raw != 0;
+}
+
+// Pairs of lanes (0, 1), (2, 3) ... hold interleaved complex values.
+ZAL_INLINE VF32 DupEven(VF32 v) {
+  return {_mm512_moveldup_ps(v.raw)};
+}
+ZAL_INLINE VF64 DupEven(VF64 v) {
+  return {_mm512_movedup_pd(v.raw)};
+}
+ZAL_INLINE VF32 DupOdd(VF32 v) {
+  return {_mm512_movehdup_ps(v.raw)};
+}
+ZAL_INLINE VF64 DupOdd(VF64 v) {
+  return {_mm512_permute_pd(v.raw, 0xFF)};
+}
+ZAL_INLINE VF32 SwapPairs(VF32 v) {
+  return {_mm512_permute_ps(v.raw, _MM_SHUFFLE(2, 3, 0, 1))};
+}
+ZAL_INLINE VF64 SwapPairs(VF64 v) {
+  return {_mm512_permute_pd(v.raw, 0x55)};
+}
+// Set in the even lane of every pair whose two lanes are set.
+ZAL_INLINE MF32 BothOfPair(MF32 m) {
+  return {static_cast<__mmask16>(m.raw & (m.raw >> 1) & 0x5555)};
+}
+ZAL_INLINE MF64 BothOfPair(MF64 m) {
+  return {static_cast<__mmask8>(m.raw & (m.raw >> 1) & 0x55)};
+}
+
+// a - b in even lanes, a + b in odd ones. There is no 512-bit addsub: the fused form with a
+// factor of 1 rounds once, exactly as the plain addition or subtraction does.
+ZAL_INLINE VF32 AddSub(VF32 a, VF32 b) {
+  return {_mm512_fmaddsub_ps(a.raw, _mm512_set1_ps(1.0f), b.raw)};
+}
+ZAL_INLINE VF64 AddSub(VF64 a, VF64 b) {
+  return {_mm512_fmaddsub_pd(a.raw, _mm512_set1_pd(1.0), b.raw)};
+}
+// a + b in even lanes, a - b in odd ones.
+ZAL_INLINE VF32 SubAdd(VF32 a, VF32 b) {
+  return {_mm512_fmsubadd_ps(a.raw, _mm512_set1_ps(1.0f), b.raw)};
+}
+ZAL_INLINE VF64 SubAdd(VF64 a, VF64 b) {
+  return {_mm512_fmsubadd_pd(a.raw, _mm512_set1_pd(1.0), b.raw)};
+}
+
+// Exact 32-bit products.
+ZAL_INLINE VS32Pair MulWide(VS16 a, VS16 b) {
+  const __m512i low = _mm512_mullo_epi16(a.raw, b.raw);
+  const __m512i high = _mm512_mulhi_epi16(a.raw, b.raw);
+  return {{_mm512_unpacklo_epi16(low, high)}, {_mm512_unpackhi_epi16(low, high)}};
+}
+ZAL_INLINE VS32Pair Widen(VS16 v) {
+  return {{_mm512_srai_epi32(_mm512_unpacklo_epi16(v.raw, v.raw), 16)},
+          {_mm512_srai_epi32(_mm512_unpackhi_epi16(v.raw, v.raw), 16)}};
+}
+// Saturates to 16 bits.
+ZAL_INLINE VS16 PackSat(VS32Pair v) {
+  return {_mm512_packs_epi32(v.lo.raw, v.hi.raw)};
+}
+
+ZAL_INLINE VS32 operator+(VS32 a, VS32 b) {
+  return {_mm512_add_epi32(a.raw, b.raw)};
+}
+ZAL_INLINE VS32 operator&(VS32 a, VS32 b) {
+  return {_mm512_and_si512(a.raw, b.raw)};
+}
+// Shift counts from 0 to 31, the same for every lane.
+ZAL_INLINE VS32 ShiftRightArithmetic(VS32 v, int count) {
+  return {_mm512_sra_epi32(v.raw, _mm_cvtsi32_si128(count))};
+}
+ZAL_INLINE VS32 ShiftLeft(VS32 v, int count) {
+  return {_mm512_sll_epi32(v.raw, _mm_cvtsi32_si128(count))};
+}
+
+}  // namespace
+}  // namespace zal::engine::ZAL_LEVEL
+
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
