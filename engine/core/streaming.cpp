@@ -10,15 +10,17 @@ namespace {
 
 constexpr std::int64_t kUnknownCacheThresholdBytes = 1024 * 1024;
 
-// The level-2 data or unified cache, private to a core on every processor the engine targets;
-// 0 when leaf 4 does not describe one.
+// The level-2 data or unified cache; 0 when leaf 4 describes none.
 std::int64_t LevelTwoCacheBytes(const CpuidSource& cpu) {
   if (!IsReferenceVendor(cpu) || cpu.Query(0, 0).eax < 4) return 0;
+  constexpr std::uint32_t kTypeNull = 0;
+  constexpr std::uint32_t kTypeInstruction = 2;
   for (std::uint32_t subleaf = 0; subleaf < 32; ++subleaf) {
     const CpuidRegisters r = cpu.Query(4, subleaf);
     const std::uint32_t type = r.eax & 0x1F;
-    if (type == 0) break;
-    if (type == 2 || ((r.eax >> 5) & 0x7) != 2) continue;
+    if (type == kTypeNull) break;
+    const std::uint32_t level = (r.eax >> 5) & 0x7;
+    if (type == kTypeInstruction || level != 2) continue;
     const std::int64_t ways = ((r.ebx >> 22) & 0x3FF) + 1;
     const std::int64_t partitions = ((r.ebx >> 12) & 0x3FF) + 1;
     const std::int64_t line = (r.ebx & 0xFFF) + 1;
@@ -28,13 +30,18 @@ std::int64_t LevelTwoCacheBytes(const CpuidSource& cpu) {
   return 0;
 }
 
+// Streaming pays once an elementwise kernel's working set (a destination and one or two sources
+// of its size) no longer fits the core's own level-2 cache: measured on a 2 MiB one, streamed
+// stores lost 40% with 512 KiB destinations and won 15 to 40% from 1 MiB on. The largest cache
+// is no basis: a last-level cache shared by many cores, or one a virtual machine reports whole,
+// overstates what a core can keep.
 std::int64_t MeasureThreshold() {
   const std::int64_t level_two = LevelTwoCacheBytes(ThisProcessor());
   const std::int64_t threshold = level_two > 0 ? level_two / 2 : kUnknownCacheThresholdBytes;
   return threshold > kStreamingStoreMinBytes ? threshold : kStreamingStoreMinBytes;
 }
 
-// 0 until the first call.
+// 0 until the first lookup. Racing first lookups store the same value.
 std::atomic<std::int64_t> g_threshold_bytes{0};
 
 }  // namespace
