@@ -159,18 +159,6 @@ ZAL_INLINE VF32 operator/(VF32 a, VF32 b) {
 ZAL_INLINE VF64 operator/(VF64 a, VF64 b) {
   return {_mm512_div_pd(a.raw, b.raw)};
 }
-ZAL_INLINE VF32 Min(VF32 a, VF32 b) {
-  return {_mm512_min_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 Min(VF64 a, VF64 b) {
-  return {_mm512_min_pd(a.raw, b.raw)};
-}
-ZAL_INLINE VF32 Max(VF32 a, VF32 b) {
-  return {_mm512_max_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 Max(VF64 a, VF64 b) {
-  return {_mm512_max_pd(a.raw, b.raw)};
-}
 ZAL_INLINE VF32 Xor(VF32 a, VF32 b) {
   return {_mm512_xor_ps(a.raw, b.raw)};
 }
