@@ -37,7 +37,7 @@ namespace zalaccelerate::utility {
 // Results: real operations are single IEEE operations (a product then a sum for the Product
 // forms, never fused), so every processor level gives the same bits. Complex operations use
 //   (p + qi)(r + si) = (pr - qs) + (ps + qr)i
-//   (p + qi)/(r + si) = ((pr + qs) + (qr - ps)i) / (r^2 + s^2)
+//   (p + qi)/(r + si) = ((pr + qs) + (qr - ps)i) * (1 / (r^2 + s^2))
 // in that order of IEEE operations, also bit-identical at every level; the quotient is not
 // rescaled, so |divisor|^2 must not overflow or underflow. Division by zero gives IEEE results
 // (±Inf, NaN), with every other element computed. A destination may be the same buffer as a source

@@ -154,6 +154,33 @@ ZAL_INLINE VF32 SwapPairs(VF32 v) {
 ZAL_INLINE VF64 SwapPairs(VF64 v) {
   return {_mm_shuffle_pd(v.raw, v.raw, 1)};
 }
+// The first (or second) lane of every pair of a and b, a's before b's within each 128-bit block:
+// two registers of pairs split by lane. InterleaveLow and InterleaveHigh put them back.
+ZAL_INLINE VF32 FirstOfPairs(VF32 a, VF32 b) {
+  return {_mm_shuffle_ps(a.raw, b.raw, _MM_SHUFFLE(2, 0, 2, 0))};
+}
+ZAL_INLINE VF64 FirstOfPairs(VF64 a, VF64 b) {
+  return {_mm_unpacklo_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 SecondOfPairs(VF32 a, VF32 b) {
+  return {_mm_shuffle_ps(a.raw, b.raw, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+ZAL_INLINE VF64 SecondOfPairs(VF64 a, VF64 b) {
+  return {_mm_unpackhi_pd(a.raw, b.raw)};
+}
+// Lanes of a and b alternating, from the low or the high half of each 128-bit block.
+ZAL_INLINE VF32 InterleaveLow(VF32 a, VF32 b) {
+  return {_mm_unpacklo_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 InterleaveLow(VF64 a, VF64 b) {
+  return {_mm_unpacklo_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 InterleaveHigh(VF32 a, VF32 b) {
+  return {_mm_unpackhi_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 InterleaveHigh(VF64 a, VF64 b) {
+  return {_mm_unpackhi_pd(a.raw, b.raw)};
+}
 // Set where both lanes of the pair are set.
 ZAL_INLINE MF32 BothOfPair(MF32 m) {
   return {_mm_and_ps(m.raw, SwapPairs(VF32{m.raw}).raw)};

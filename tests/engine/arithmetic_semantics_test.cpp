@@ -465,8 +465,8 @@ bool IsZero(Complex64 x) {
 }
 
 // Every element written: real data gets the IEEE quotient, zero divisors included; complex
-// data gets the quotient to a few ulps, and the textbook formula's 0 / 0 in both parts where
-// the divisor is zero.
+// data gets the quotient to a few ulps, and NaN in both parts where the divisor is zero (a zero
+// numerator times the infinite reciprocal of the zero norm).
 template <class T>
 void ExpectQuotients(const std::vector<T>& dividends, const std::vector<T>& divisors,
                      const std::vector<T>& got) {

@@ -3,6 +3,7 @@
 // Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <cstdint>
+#include <type_traits>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/simd/vec-inl.h"
@@ -102,6 +103,48 @@ constexpr auto kAddProduct = [](auto a, auto b, auto d) { return d + a * b; };
 constexpr auto kSubConstant = [](auto s, auto c) { return s - c; };
 constexpr auto kDivByConstant = [](auto s, auto c) { return s / c; };
 
+// Division takes complex elements two registers at a time (see Paired), so that one division
+// serves both; real ones as they are.
+template <class T>
+ZAL_INLINE auto ForDivision(T* p) {
+  if constexpr (std::is_class_v<T>) {
+    return InPairs(p);
+  } else {
+    return p;
+  }
+}
+
+// dst = dividends / divisors.
+template <class T>
+ZAL_INLINE EngStatus Quotients(const T* divisors, const T* dividends, T* dst, int n) {
+  return Each<Division>(kDivSecond, ForDivision(dst), n, ForDivision(divisors),
+                        ForDivision(dividends));
+}
+
+// x / c for a complex constant c: 1 / (rr + ss) once, in the portable variant's order, then each
+// quotient is its numerator times that, the bits a vector of divisors gives.
+template <class C>
+struct ComplexQuotientOp {
+  explicit ComplexQuotientOp(C divisor)
+      : c(divisor), reciprocal_norm(1 / (c.re * c.re + c.im * c.im)) {}
+  template <class V>
+  ZAL_INLINE V operator()(V x) const {
+    return QuotientNumerator(x, Broadcast(c)) * Broadcast(reciprocal_norm);
+  }
+  C c;
+  decltype(C::re) reciprocal_norm;
+};
+
+// The operation x / c, for DivisionByConstant.
+template <class T>
+ZAL_INLINE auto QuotientByConstant(T c) {
+  if constexpr (std::is_class_v<T>) {
+    return ComplexQuotientOp<T>(c);
+  } else {
+    return WithConstantOp<decltype(kDivByConstant), T>{c};
+  }
+}
+
 }  // namespace
 
 #define ZAL_ARITHMETIC_KERNELS(T, E)                             \
@@ -115,7 +158,7 @@ constexpr auto kDivByConstant = [](auto s, auto c) { return s / c; };
     return Each(kMul, d, n, a, b);                               \
   }                                                              \
   EngStatus Div##E(const T* a, const T* b, T* d, int n) {        \
-    return Each<Division>(kDivSecond, d, n, a, b);               \
+    return Quotients(a, b, d, n);                                \
   }                                                              \
   EngStatus AddProduct##E(const T* a, const T* b, T* d, int n) { \
     return Each(kAddProduct, d, n, a, b, d);                     \
@@ -127,7 +170,7 @@ constexpr auto kDivByConstant = [](auto s, auto c) { return s / c; };
     return Each(kMul, d, n, s, d);                               \
   }                                                              \
   EngStatus Div##E##InPlace(const T* s, T* d, int n) {           \
-    return Each<Division>(kDivSecond, d, n, s, d);               \
+    return Quotients(s, d, d, n);                                \
   }
 
 #define ZAL_CONSTANT_KERNELS(T, E, ConstantType, value)                     \
@@ -149,7 +192,7 @@ constexpr auto kDivByConstant = [](auto s, auto c) { return s / c; };
   }                                                                         \
   EngStatus DivConstant##E(const T* s, ConstantType c, T* d, int n) {       \
     if (!(value)) return engStsNullPtrErr;                                  \
-    return EachWith<DivisionByConstant>(kDivByConstant, s, *(value), d, n); \
+    return Each<DivisionByConstant>(QuotientByConstant(*(value)), d, n, s); \
   }                                                                         \
   EngStatus AddConstant##E##InPlace(ConstantType c, T* d, int n) {          \
     return AddConstant##E(d, c, d, n);                                      \
