@@ -116,6 +116,22 @@ std::vector<Case<T>> Cases() {
 }
 
 template <class T>
+struct OperandSet {
+  std::vector<T> a, b, dst;
+};
+
+template <class T>
+OperandSet<T> Operands(std::mt19937& rng) {
+  OperandSet<T> set{std::vector<T>(kLength), std::vector<T>(kLength), std::vector<T>(kLength)};
+  for (unsigned i = 0; i < kLength; ++i) {
+    set.a[i] = Sample<T>(rng);
+    set.b[i] = Sample<T>(rng);
+    set.dst[i] = Sample<T>(rng);
+  }
+  return set;
+}
+
+template <class T>
 class ArithmeticApi : public testing::Test {};
 using ElementTypes = testing::Types<float, double, std::complex<float>, std::complex<double>>;
 TYPED_TEST_SUITE(ArithmeticApi, ElementTypes);
@@ -125,12 +141,7 @@ TYPED_TEST(ArithmeticApi, EachExportComputesItsDocumentedRoles) {
   std::mt19937 rng(2024);
   for (const Case<T>& c : Cases<T>()) {
     SCOPED_TRACE(c.name);
-    std::vector<T> a(kLength), b(kLength), dst(kLength);
-    for (unsigned i = 0; i < kLength; ++i) {
-      a[i] = Sample<T>(rng);
-      b[i] = Sample<T>(rng);
-      dst[i] = Sample<T>(rng);
-    }
+    auto [a, b, dst] = Operands<T>(rng);
     const T constant = Sample<T>(rng);
     std::vector<T> want(kLength);
     for (unsigned i = 0; i < kLength; ++i) want[i] = c.want(a[i], b[i], constant, dst[i]);
@@ -146,12 +157,7 @@ TYPED_TEST(ArithmeticApi, RefusedCallsWriteNothing) {
   std::mt19937 rng(7);
   for (const Case<T>& c : Cases<T>()) {
     SCOPED_TRACE(c.name);
-    std::vector<T> a(kLength), b(kLength), dst(kLength);
-    for (unsigned i = 0; i < kLength; ++i) {
-      a[i] = Sample<T>(rng);
-      b[i] = Sample<T>(rng);
-      dst[i] = Sample<T>(rng);
-    }
+    auto [a, b, dst] = Operands<T>(rng);
     const std::vector<T> b_before = b, dst_before = dst;
     for (unsigned len : {0u, 0x80000000u, 0xFFFFFFFFu}) {
       c.call(len, a.data(), b.data(), T(1), dst.data());
