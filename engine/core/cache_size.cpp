@@ -18,11 +18,8 @@ CacheSize FromDeterministicLeaf(const CpuidSource& cpu) {
     const std::uint32_t type = r.eax & 0x1F;
     if (type == kCacheTypeNull) break;
     if (type == kCacheTypeInstruction) continue;
-    const std::int64_t ways = ((r.ebx >> 22) & 0x3FF) + 1;
-    const std::int64_t partitions = ((r.ebx >> 12) & 0x3FF) + 1;
     const std::int64_t line = (r.ebx & 0xFFF) + 1;
-    const std::int64_t sets = static_cast<std::int64_t>(r.ecx) + 1;
-    const std::int64_t bytes = ways * partitions * line * sets;
+    const std::int64_t bytes = DeterministicCacheBytes(r);
     if (bytes > largest.bytes)
       largest = {static_cast<int>(bytes), engStsNoErr, static_cast<int>(line)};
   }
@@ -30,6 +27,14 @@ CacheSize FromDeterministicLeaf(const CpuidSource& cpu) {
 }
 
 }  // namespace
+
+std::int64_t DeterministicCacheBytes(const CpuidRegisters& leaf4) {
+  const std::int64_t ways = ((leaf4.ebx >> 22) & 0x3FF) + 1;
+  const std::int64_t partitions = ((leaf4.ebx >> 12) & 0x3FF) + 1;
+  const std::int64_t line = (leaf4.ebx & 0xFFF) + 1;
+  const std::int64_t sets = static_cast<std::int64_t>(leaf4.ecx) + 1;
+  return ways * partitions * line * sets;
+}
 
 CacheSize MeasureMaxCacheSize(const CpuidSource& cpu) {
   const std::uint32_t max_basic = cpu.Query(0, 0).eax;

@@ -14,6 +14,9 @@ struct CacheSize {
   int line_bytes;  // of the largest cache; 0 when unknown
 };
 
+// The size of the cache one sub-leaf of leaf 4 describes: ways x partitions x line x sets.
+std::int64_t DeterministicCacheBytes(const CpuidRegisters& leaf4);
+
 // From the deterministic cache leaf 4, or on older processors from the leaf-2 descriptors.
 CacheSize MeasureMaxCacheSize(const CpuidSource& cpu);
 

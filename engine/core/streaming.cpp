@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "engine/core/cache_size.h"
 #include "engine/core/cpu_features.h"
 #include "engine/core/cpuid_source.h"
 
@@ -21,11 +22,7 @@ std::int64_t LevelTwoCacheBytes(const CpuidSource& cpu) {
     if (type == kTypeNull) break;
     const std::uint32_t level = (r.eax >> 5) & 0x7;
     if (type == kTypeInstruction || level != 2) continue;
-    const std::int64_t ways = ((r.ebx >> 22) & 0x3FF) + 1;
-    const std::int64_t partitions = ((r.ebx >> 12) & 0x3FF) + 1;
-    const std::int64_t line = (r.ebx & 0xFFF) + 1;
-    const std::int64_t sets = static_cast<std::int64_t>(r.ecx) + 1;
-    return ways * partitions * line * sets;
+    return DeterministicCacheBytes(r);
   }
   return 0;
 }
