@@ -119,5 +119,27 @@ ZAL_INLINE VF32 ZipSecond(VF32 a, VF32 b) {
                                  0x31)};
 }
 
+// Lane 0 after folding the upper half of the lanes onto the lower half, again and again: lane j
+// gains lane j + L/2, then j + L/4 ... a fixed pairwise order, the same at every width.
+ZAL_INLINE float FoldHalves128(__m128 v) {
+  v = _mm_add_ps(v, _mm_movehl_ps(v, v));
+  return _mm_cvtss_f32(_mm_add_ss(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 1, 1, 1))));
+}
+ZAL_INLINE double FoldHalves128(__m128d v) {
+  return _mm_cvtsd_f64(_mm_add_sd(v, _mm_unpackhi_pd(v, v)));
+}
+ZAL_INLINE float FoldHalves256(__m256 v) {
+  return FoldHalves128(_mm_add_ps(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1)));
+}
+ZAL_INLINE double FoldHalves256(__m256d v) {
+  return FoldHalves128(_mm_add_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1)));
+}
+ZAL_INLINE float FoldHalves(VF32 v) {
+  return FoldHalves256(v.raw);
+}
+ZAL_INLINE double FoldHalves(VF64 v) {
+  return FoldHalves256(v.raw);
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

@@ -111,5 +111,21 @@ ZAL_INLINE VF32 ZipSecond(VF32 a, VF32 b) {
   return {_mm_unpackhi_ps(a.raw, b.raw)};
 }
 
+// Lane 0 after folding the upper half of the lanes onto the lower half, again and again: lane j
+// gains lane j + L/2, then j + L/4 ... a fixed pairwise order, the same at every width.
+ZAL_INLINE float FoldHalves128(__m128 v) {
+  v = _mm_add_ps(v, _mm_movehl_ps(v, v));
+  return _mm_cvtss_f32(_mm_add_ss(v, _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 1, 1, 1))));
+}
+ZAL_INLINE double FoldHalves128(__m128d v) {
+  return _mm_cvtsd_f64(_mm_add_sd(v, _mm_unpackhi_pd(v, v)));
+}
+ZAL_INLINE float FoldHalves(VF32 v) {
+  return FoldHalves128(v.raw);
+}
+ZAL_INLINE double FoldHalves(VF64 v) {
+  return FoldHalves128(v.raw);
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

@@ -54,13 +54,18 @@ ZAL_INLINE A FixedOrderSum(std::ptrdiff_t n, Terms terms, Term term) {
     }
     (std::make_index_sequence<kRegisters>());
   }
-  alignas(64) A partial[kPartials<A>];
-  for (int r = 0; r < kRegisters; ++r) Store(partial + r * kLanes, acc[r]);
-  for (int j = 0; i + j < n; ++j) partial[j] = partial[j] + term(i + j);
-  for (int half = kPartials<A> / 2; half > 0; half /= 2) {
-    for (int j = 0; j < half; ++j) partial[j] = partial[j] + partial[j + half];
+  if (i < n) {
+    // The last elements join their partials one by one, in index order.
+    alignas(64) A partial[kPartials<A>];
+    for (int r = 0; r < kRegisters; ++r) Store(partial + r * kLanes, acc[r]);
+    for (int j = 0; i + j < n; ++j) partial[j] = partial[j] + term(i + j);
+    for (int r = 0; r < kRegisters; ++r) acc[r] = Load(partial + r * kLanes);
   }
-  return partial[0];
+  // p[j] += p[j + K/2] while halves span whole registers, then within the last one.
+  for (int half = kRegisters / 2; half > 0; half /= 2) {
+    for (int r = 0; r < half; ++r) acc[r] = acc[r] + acc[r + half];
+  }
+  return FoldHalves(acc[0]);
 }
 
 // Sum of src[i] (A: float, or double for float data summed in double).
