@@ -115,6 +115,10 @@ ZAL_INLINE VF64 EvenLanes(VF64 a, VF64 b) {
   const __m512i even = _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14);
   return {_mm512_permutex2var_pd(a.raw, even, b.raw)};
 }
+ZAL_INLINE VF64 OddLanes(VF64 a, VF64 b) {
+  const __m512i odd = _mm512_setr_epi64(1, 3, 5, 7, 9, 11, 13, 15);
+  return {_mm512_permutex2var_pd(a.raw, odd, b.raw)};
+}
 ZAL_INLINE VF32 ZipFirst(VF32 a, VF32 b) {
   const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
   return {_mm512_permutex2var_ps(a.raw, first, b.raw)};

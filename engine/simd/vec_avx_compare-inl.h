@@ -110,6 +110,11 @@ ZAL_INLINE VF64 EvenLanes(VF64 a, VF64 b) {
   const __m256d high = _mm256_permute2f128_pd(a.raw, b.raw, 0x31);
   return {_mm256_unpacklo_pd(low, high)};
 }
+ZAL_INLINE VF64 OddLanes(VF64 a, VF64 b) {
+  const __m256d low = _mm256_permute2f128_pd(a.raw, b.raw, 0x20);
+  const __m256d high = _mm256_permute2f128_pd(a.raw, b.raw, 0x31);
+  return {_mm256_unpackhi_pd(low, high)};
+}
 ZAL_INLINE VF32 ZipFirst(VF32 a, VF32 b) {
   return {_mm256_permute2f128_ps(_mm256_unpacklo_ps(a.raw, b.raw), _mm256_unpackhi_ps(a.raw, b.raw),
                                  0x20)};

@@ -104,6 +104,9 @@ ZAL_INLINE VF32 OddLanes(VF32 a, VF32 b) {
 ZAL_INLINE VF64 EvenLanes(VF64 a, VF64 b) {
   return {_mm_unpacklo_pd(a.raw, b.raw)};
 }
+ZAL_INLINE VF64 OddLanes(VF64 a, VF64 b) {
+  return {_mm_unpackhi_pd(a.raw, b.raw)};
+}
 ZAL_INLINE VF32 ZipFirst(VF32 a, VF32 b) {
   return {_mm_unpacklo_ps(a.raw, b.raw)};
 }

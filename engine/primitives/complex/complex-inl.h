@@ -51,7 +51,7 @@ ZAL_INLINE auto Norms(const T* pairs) {
   const V b = Load(pairs + V::kLanes);
   const V sa = a * a;
   const V sb = b * b;
-  return EvenLanes(sa + SwapPairs(sa), sb + SwapPairs(sb));
+  return EvenLanes(sa, sb) + OddLanes(sa, sb);
 }
 
 template <bool kRoot, class C>
