@@ -155,7 +155,8 @@ ZAL_API bool Equal(unsigned int len, const unsigned char* a, const unsigned char
 //   MinEvery / MaxEvery(len, a, b, dst)          dst[i] = a[i] < b[i] ? a[i] : b[i] (> for Max):
 //                                                b[i] where either is NaN
 //   MinEvery_InPlace / MaxEvery_InPlace(len, src, srcDst)  the same into srcDst (as b)
-// A destination may be the same buffer as the source (exactly, not partly overlapping).
+// Under denormals-are-zero, Threshold_GT/LT_InPlace and Min/MaxEvery return denormal elements as
+// zero. A destination may be the same buffer as the source (exactly, not partly overlapping).
 #define ZALACCELERATE_THRESHOLDS(T)                                                               \
   ZAL_API void Threshold_GT_InPlace(unsigned int len, T* p, T level);                             \
   ZAL_API void Threshold_LT_InPlace(unsigned int len, T* p, T level);                             \

@@ -2,7 +2,9 @@
 // extremes, written once against the vector layer. Every kernel is a comparison and a selection or
 // a short fixed sequence of IEEE operations, so every level gives the portable variant's bits.
 // Comparisons are ordered: a NaN element never compares, so it stays (thresholds) or, for
-// Min/MaxEvery, the second operand's element is taken.
+// Min/MaxEvery, the second operand's element is taken. The in-place one-sided thresholds and
+// Min/MaxEvery are the processor's min and max, as compilers would make of the conditionals
+// anyway: under denormals-are-zero they return a denormal element as zero.
 // Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <bit>
@@ -129,39 +131,37 @@ ZAL_INLINE EngStatus VectorSlope(T* p, int n, T offset, T slope) {
 
 }  // namespace
 
-#define ZAL_THRESHOLD_KERNELS(T, E)                                                               \
-  EngStatus ThresholdGT##E##InPlace(T* p, int n, T level) {                                       \
-    return Each([level](auto x) { return Select(Broadcast(level) < x, Broadcast(level), x); }, p, \
-                n, p);                                                                            \
-  }                                                                                               \
-  EngStatus ThresholdLT##E##InPlace(T* p, int n, T level) {                                       \
-    return Each([level](auto x) { return Select(x < Broadcast(level), Broadcast(level), x); }, p, \
-                n, p);                                                                            \
-  }                                                                                               \
-  EngStatus ThresholdGTVal##E(const T* s, T* d, int n, T level, T value) {                        \
-    return Each(                                                                                  \
-        [level, value](auto x) { return Select(Broadcast(level) < x, Broadcast(value), x); }, d,  \
-        n, s);                                                                                    \
-  }                                                                                               \
-  EngStatus ThresholdLTVal##E(const T* s, T* d, int n, T level, T value) {                        \
-    return Each(                                                                                  \
-        [level, value](auto x) { return Select(x < Broadcast(level), Broadcast(value), x); }, d,  \
-        n, s);                                                                                    \
-  }                                                                                               \
-  EngStatus ThresholdGTVal##E##InPlace(T* p, int n, T level, T value) {                           \
-    return ThresholdGTVal##E(p, p, n, level, value);                                              \
-  }                                                                                               \
-  EngStatus ThresholdLTVal##E##InPlace(T* p, int n, T level, T value) {                           \
-    return ThresholdLTVal##E(p, p, n, level, value);                                              \
-  }                                                                                               \
-  EngStatus InvertThreshold##E##InPlace(T* p, int n, T level) {                                   \
-    return InvertReal(p, n, level);                                                               \
-  }                                                                                               \
-  EngStatus Normalize##E(const T* s, T* d, int n, T sub, T div) {                                 \
-    return Normalize(s, d, n, sub, div);                                                          \
-  }                                                                                               \
-  EngStatus VectorSlope##E(T* p, int n, T offset, T slope) {                                      \
-    return VectorSlope(p, n, offset, slope);                                                      \
+#define ZAL_THRESHOLD_KERNELS(T, E)                                                              \
+  EngStatus ThresholdGT##E##InPlace(T* p, int n, T level) {                                      \
+    return Each([level](auto x) { return Min(Broadcast(level), x); }, p, n, p);                  \
+  }                                                                                              \
+  EngStatus ThresholdLT##E##InPlace(T* p, int n, T level) {                                      \
+    return Each([level](auto x) { return Max(Broadcast(level), x); }, p, n, p);                  \
+  }                                                                                              \
+  EngStatus ThresholdGTVal##E(const T* s, T* d, int n, T level, T value) {                       \
+    return Each(                                                                                 \
+        [level, value](auto x) { return Select(Broadcast(level) < x, Broadcast(value), x); }, d, \
+        n, s);                                                                                   \
+  }                                                                                              \
+  EngStatus ThresholdLTVal##E(const T* s, T* d, int n, T level, T value) {                       \
+    return Each(                                                                                 \
+        [level, value](auto x) { return Select(x < Broadcast(level), Broadcast(value), x); }, d, \
+        n, s);                                                                                   \
+  }                                                                                              \
+  EngStatus ThresholdGTVal##E##InPlace(T* p, int n, T level, T value) {                          \
+    return ThresholdGTVal##E(p, p, n, level, value);                                             \
+  }                                                                                              \
+  EngStatus ThresholdLTVal##E##InPlace(T* p, int n, T level, T value) {                          \
+    return ThresholdLTVal##E(p, p, n, level, value);                                             \
+  }                                                                                              \
+  EngStatus InvertThreshold##E##InPlace(T* p, int n, T level) {                                  \
+    return InvertReal(p, n, level);                                                              \
+  }                                                                                              \
+  EngStatus Normalize##E(const T* s, T* d, int n, T sub, T div) {                                \
+    return Normalize(s, d, n, sub, div);                                                         \
+  }                                                                                              \
+  EngStatus VectorSlope##E(T* p, int n, T offset, T slope) {                                     \
+    return VectorSlope(p, n, offset, slope);                                                     \
   }
 
 ZAL_THRESHOLD_KERNELS(float, F32)

@@ -4,10 +4,9 @@
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
 
-#include <bit>
+#include <emmintrin.h>
+
 #include <cmath>
-#include <cstdint>
-#include <type_traits>
 
 #include "engine/core/primitive_declarations.h"
 
@@ -27,14 +26,20 @@ EngStatus Each(Op op, T* dst, int n, Sources... src) {
   return engStsNoErr;
 }
 
-// replace ? level : x, written so that no compiler turns it into a min or max instruction: those
-// return a flushed zero for a denormal x under denormals-are-zero, where the element must keep its
-// own bits.
-template <class T>
-T Replace(bool replace, T level, T x) {
-  using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, std::uint64_t>;
-  const Bits mask = replace ? ~Bits{0} : Bits{0};
-  return std::bit_cast<T>((std::bit_cast<Bits>(level) & mask) | (std::bit_cast<Bits>(x) & ~mask));
+// a < b ? a : b and a > b ? a : b as the processor's min and max instructions give them, which
+// every level uses: under denormals-are-zero they return a denormal operand as zero, whichever
+// way a compiler would translate the conditional.
+float Lower(float a, float b) {
+  return _mm_cvtss_f32(_mm_min_ss(_mm_set_ss(a), _mm_set_ss(b)));
+}
+double Lower(double a, double b) {
+  return _mm_cvtsd_f64(_mm_min_sd(_mm_set_sd(a), _mm_set_sd(b)));
+}
+float Higher(float a, float b) {
+  return _mm_cvtss_f32(_mm_max_ss(_mm_set_ss(a), _mm_set_ss(b)));
+}
+double Higher(double a, double b) {
+  return _mm_cvtsd_f64(_mm_max_sd(_mm_set_sd(a), _mm_set_sd(b)));
 }
 
 constexpr double kInversionEpsilon = 1.1920928955078125e-7;
@@ -103,10 +108,10 @@ EngStatus VectorSlope(T* p, int n, T offset, T slope) {
 
 #define ZAL_THRESHOLD_REFERENCE(T, E)                                            \
   EngStatus ThresholdGT##E##InPlace(T* p, int n, T level) {                      \
-    return Each([level](T x) { return Replace(level < x, level, x); }, p, n, p); \
+    return Each([level](T x) { return Lower(level, x); }, p, n, p);              \
   }                                                                              \
   EngStatus ThresholdLT##E##InPlace(T* p, int n, T level) {                      \
-    return Each([level](T x) { return Replace(x < level, level, x); }, p, n, p); \
+    return Each([level](T x) { return Higher(level, x); }, p, n, p);             \
   }                                                                              \
   EngStatus ThresholdGTVal##E(const T* s, T* d, int n, T level, T value) {       \
     return Each([level, value](T x) { return level < x ? value : x; }, d, n, s); \
@@ -153,10 +158,10 @@ EngStatus InvertThresholdC64InPlace(Complex64* p, int n, double level) {
 }
 
 EngStatus MinEveryF32(const float* a, const float* b, float* d, int n) {
-  return Each([](float x, float y) { return x < y ? x : y; }, d, n, a, b);
+  return Each([](float x, float y) { return Lower(x, y); }, d, n, a, b);
 }
 EngStatus MaxEveryF32(const float* a, const float* b, float* d, int n) {
-  return Each([](float x, float y) { return x > y ? x : y; }, d, n, a, b);
+  return Each([](float x, float y) { return Higher(x, y); }, d, n, a, b);
 }
 EngStatus MinEveryF32InPlace(const float* s, float* d, int n) {
   return MinEveryF32(s, d, d, n);
