@@ -78,6 +78,52 @@ ZAL_API void DivConstantRev(unsigned int len, float c, const float* src, float* 
 // saturated to [-32768, 32767]. A negative scale enlarges: scale -3 multiplies by 8.
 ZAL_API void MulConstant_InPlace(unsigned int len, short* srcDst, short c, int scale);
 
+// ---- Elementwise math functions -----------------------------------------------------------------
+// For each i < len, dst[i] = f(src[i]) (Pow: base[i] raised to exponent[i]). The _InPlace forms
+// compute in place in srcDst. Out-of-place forms need separate arrays, except Exp and Ln, whose
+// destination may also be the source array exactly (that is what Exp_InPlace and Ln_InPlace do).
+//
+// Exact, the same bits at every processor level:
+//   Abs       |x| (clears the sign bit, NaN included)     Sqr      x * x
+//   Sqrt      IEEE square root (negative -> NaN)           Inverse  1 / x (±0 -> ±inf)
+//   Round     nearest integral value, halves away from zero, in the same type; the sign of a
+//             negative input survives a zero result: 1.5 -> 2, 2.5 -> 3, -2.5 -> -3, -0.4 -> -0
+// Within 1 ulp (float and double): Exp, Ln, Pow. _PrecN: at least N correct bits, relative error
+// at most 2^(1-N): Ln_Prec11, Ln_Prec21, Ln_Prec24 (float), Pow_Prec26, Inverse_Prec26 (double).
+// These may differ between processor levels within their bound.
+//
+// Special values are IEEE-754's: Exp overflows to +inf and underflows through the subnormals to
+// +0; Ln(±0) = -inf, Ln(negative or -inf) = NaN, Ln(+inf) = +inf, Ln(NaN) = NaN; Pow as C's pow
+// (Pow(x, ±0) = 1 and Pow(1, y) = 1 even for NaN, Pow(negative, non-integer) = NaN, odd integral
+// exponents keep the base's sign, ±0 to a negative power is ±inf). The double Ln and the double
+// Pow forms report each pole (code 18) and domain error (code 19) to the engine's error hook
+// (engSetErrorHook in zalaccelerate/core.h) with the element's index and the tag "Ln64" or "Pow64";
+// every element is computed all the same.
+#define ZALACCELERATE_MATH(T)                                                              \
+  ZAL_API void Abs(unsigned int len, const T* src, T* dst);                                 \
+  ZAL_API void Abs_InPlace(unsigned int len, T* srcDst);                                    \
+  ZAL_API void Sqr(unsigned int len, const T* src, T* dst);                                 \
+  ZAL_API void Sqr_InPlace(unsigned int len, T* srcDst);                                    \
+  ZAL_API void Sqrt(unsigned int len, const T* src, T* dst);                                \
+  ZAL_API void Sqrt_InPlace(unsigned int len, T* srcDst);                                   \
+  ZAL_API void Exp(unsigned int len, const T* src, T* dst);                                 \
+  ZAL_API void Exp_InPlace(unsigned int len, T* srcDst);                                    \
+  ZAL_API void Ln(unsigned int len, const T* src, T* dst);                                  \
+  ZAL_API void Pow(unsigned int len, const T* base, const T* exponent, T* dst);             \
+  ZAL_API void Inverse(unsigned int len, const T* src, T* dst);                             \
+  ZAL_API void Round(unsigned int len, const T* src, T* dst);
+
+ZALACCELERATE_MATH(float)
+ZALACCELERATE_MATH(double)
+#undef ZALACCELERATE_MATH
+
+ZAL_API void Ln_InPlace(unsigned int len, float* srcDst);
+ZAL_API void Ln_Prec11(unsigned int len, const float* src, float* dst);
+ZAL_API void Ln_Prec21(unsigned int len, const float* src, float* dst);
+ZAL_API void Ln_Prec24(unsigned int len, const float* src, float* dst);
+ZAL_API void Pow_Prec26(unsigned int len, const double* base, const double* exponent, double* dst);
+ZAL_API void Inverse_Prec26(unsigned int len, const double* src, double* dst);
+
 // ---- Aligned memory --------------------------------------------------------------------------
 // Buffers aligned to 64 bytes, for the widest vectors the library uses. `count` counts elements
 // (complex elements for the complex forms), never bytes. The memory is not initialised.

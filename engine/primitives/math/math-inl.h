@@ -69,12 +69,14 @@ constexpr auto kRound = [](auto x) {
 
 // ---- Exponential --------------------------------------------------------------------------------
 
-// Float: e^x = 2^k e^r, r = x - k ln2 (Cody and Waite), e^r = 1 + r + r^2 q(r).
+// Float: e^x = 2^k e^r, r = x - k ln2 (Cody and Waite), e^r = 1 + r + r^2 q(r). x - k ln2_high
+// is exact; the low part joins the small terms, so that r itself is never rounded into the sum.
 ZAL_INLINE VF32 ExpF32Reduced(VF32 x, VF32& k) {
   k = RoundNearestEven(x * Constant<VF32>(1.4426950408889634));
-  VF32 r = MulAdd(k, Constant<VF32>(-kLn2HighF32), x);
-  r = MulAdd(k, Constant<VF32>(-kLn2LowF32), r);
-  return MulAdd(r * r, Polynomial(r, kExpF32), r) + Constant<VF32>(1.0);
+  const VF32 r_high = MulAdd(k, Constant<VF32>(-kLn2HighF32), x);
+  const VF32 r_low = k * Constant<VF32>(-kLn2LowF32);
+  const VF32 r = r_high + r_low;
+  return (r_high + MulAdd(r * r, Polynomial(r, kExpF32), r_low)) + Constant<VF32>(1.0);
 }
 
 constexpr auto kExpF32Op = [](VF32 x) {
@@ -188,8 +190,9 @@ struct LnF32Op {
 
 // ln x = e ln2 - ln c + ln(1 + r), r = m c - 1 exact, as hi + lo: hi = e ln2_high - ln c_high + r
 // (whose first sum is exact and whose second Fast2Sum captures), lo the rest. For positive normal
-// x, with `offset` added to the exponent.
-template <std::size_t N>
+// x, with `offset` added to the exponent. The tail polynomial is ln(1+r) - r over r^2, or, for the
+// double-double result, (ln(1+r) - r + r^2/2) over r^3.
+template <bool kDoubleDouble = false, std::size_t N>
 ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   const VF64 one = Constant<VF64>(1.0);
   const VF64 m = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
@@ -205,7 +208,17 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   const Sum<VF64> head = FastTwoSum(w, r);
   const VF64 low =
       MulAdd(e, Constant<VF64>(kLn2Low), Gather(reinterpret_cast<const double*>(kLnTable) + 2, i3));
-  return {head.hi, head.lo + low + r * r * Polynomial(r, tail)};
+  const VF64 r2 = r * r;
+  if constexpr (kDoubleDouble) {
+    // -r^2/2 may be 2^-9 of the result where hi cancels: it joins hi exactly, its rounding
+    // error the low part.
+    const Sum<VF64> sum = FastTwoSum(head.hi, Constant<VF64>(-0.5) * r2);
+    const VF64 r2_error = ProductError(r, r, r2);
+    return {sum.hi, head.lo + sum.lo + low +
+                        MulAdd(Constant<VF64>(-0.5), r2_error, r2 * r * Polynomial(r, tail))};
+  } else {
+    return {head.hi, head.lo + low + r2 * Polynomial(r, tail)};
+  }
 }
 
 // The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
@@ -258,7 +271,7 @@ ZAL_INLINE VF64 ExpOfProduct(VF64 product, VF64 product_low, const double (&tail
 template <PowClass kClass>
 ZAL_INLINE VF64 PowMagnitude(VF64 ax, VF64 offset, VF64 y) {
   if constexpr (kClass == PowClass::kAccurate) {
-    const Sum<VF64> parts = LnF64Parts(ax, offset, kLog1pTail7);
+    const Sum<VF64> parts = LnF64Parts<true>(ax, offset, kLog1pCubic7);
     const Sum<VF64> ln = FastTwoSum(parts.hi, parts.lo);
     const VF64 product = y * ln.hi;
     return ExpOfProduct(product, MulAdd(y, ln.lo, ProductError(y, ln.hi, product)), kExpTail5);

@@ -685,9 +685,10 @@ constexpr float kLn2HighF32 = 0x1.62e4p-1f;  // 16 bits: k ln2_high is exact
 constexpr float kLn2LowF32 = 0x1.7f7d1cp-20f;
 
 // ln(1 + r) - r = r^2 (-1/2 + r/3 - r^2/4 ...), |r| <= 2^-9.4: to degree 6 for the logarithm,
-// degree 7 for the power function's, degree 4 where 2^-40 suffices.
+// degree 4 where 2^-40 suffices; and the cubic part r^3 (1/3 - r/4 ...) to degree 7 for the
+// power function's double-double logarithm.
 constexpr double kLog1pTail6[] = {-0.5, 1.0 / 3, -0.25, 0.2, -1.0 / 6};
-constexpr double kLog1pTail7[] = {-0.5, 1.0 / 3, -0.25, 0.2, -1.0 / 6, 1.0 / 7};
+constexpr double kLog1pCubic7[] = {1.0 / 3, -0.25, 0.2, -1.0 / 6, 1.0 / 7};
 constexpr double kLog1pTail4[] = {-0.5, 1.0 / 3, -0.25};
 // (e^r - 1 - r) / r^2 = 1/2 + r/6 ..., |r| <= ln2/256: to degree 5 of e^r, and degree 3.
 constexpr double kExpTail5[] = {0.5, 1.0 / 6, 1.0 / 24, 1.0 / 120};
