@@ -358,6 +358,8 @@ ZAL_INLINE VF64 Pow2I(VF64 k) {
   return {_mm256_castsi256_pd(_mm256_set_m128i(upper, lower))};
 #endif
 }
+// The level lacks GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = false;
 // The biased exponent field of a value with a clear sign bit, as a value: the field becomes the
 // low bits of 2^23 (2^52), which is then subtracted.
 ZAL_INLINE VF32 ExponentField(VF32 v) {

@@ -403,6 +403,22 @@ ZAL_INLINE VF64 Pow2I(VF64 k) {
   const __m512i biased = _mm512_add_epi64(_mm512_cvtpd_epi64(k.raw), _mm512_set1_epi64(1023));
   return {_mm512_castsi512_pd(_mm512_slli_epi64(biased, 52))};
 }
+// The level has GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = true;
+// floor(log2 |v|) as a value, subnormals included.
+ZAL_INLINE VF32 GetExponent(VF32 v) {
+  return {_mm512_getexp_ps(v.raw)};
+}
+ZAL_INLINE VF64 GetExponent(VF64 v) {
+  return {_mm512_getexp_pd(v.raw)};
+}
+// |v| 2^-floor(log2 |v|), in [1, 2).
+ZAL_INLINE VF32 GetMantissa(VF32 v) {
+  return {_mm512_getmant_ps(v.raw, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero)};
+}
+ZAL_INLINE VF64 GetMantissa(VF64 v) {
+  return {_mm512_getmant_pd(v.raw, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero)};
+}
 // The biased exponent field of a value with a clear sign bit, as a value.
 ZAL_INLINE VF32 ExponentField(VF32 v) {
   return {_mm512_cvtepi32_ps(_mm512_srli_epi32(_mm512_castps_si512(v.raw), 23))};

@@ -96,10 +96,17 @@ struct ExponentSplit {
 };
 template <class V>
 ZAL_INLINE ExponentSplit<V> SplitExponent(V x) {
-  constexpr bool kFloat = sizeof(LaneOf<V>) == 4;
-  const V mantissa_bits = FromBits<V>(kFloat ? 0x007FFFFFu : 0x000FFFFFFFFFFFFFu);
-  const V in_one_two = Or(And(x, mantissa_bits), Constant<V>(1.0));
-  const V exponent = ExponentField(x) - Constant<V>(kFloat ? 127.0 : 1023.0);
+  V exponent;
+  V in_one_two;
+  if constexpr (kHasExponentOps) {
+    exponent = GetExponent(x);
+    in_one_two = GetMantissa(x);
+  } else {
+    constexpr bool kFloat = sizeof(LaneOf<V>) == 4;
+    const V mantissa_bits = FromBits<V>(kFloat ? 0x007FFFFFu : 0x000FFFFFFFFFFFFFu);
+    in_one_two = Or(And(x, mantissa_bits), Constant<V>(1.0));
+    exponent = ExponentField(x) - Constant<V>(kFloat ? 127.0 : 1023.0);
+  }
   const auto above = Less(Constant<V>(1.4142135623730951), in_one_two);
   return {exponent + Select(above, Constant<V>(1.0), Constant<V>(0.0)),
           Select(above, in_one_two * Constant<V>(0.5), in_one_two)};

@@ -368,6 +368,8 @@ ZAL_INLINE VF64 Pow2I(VF64 k) {
   const __m128i biased = _mm_add_epi64(k32, _mm_set1_epi64x(1023));
   return {_mm_castsi128_pd(_mm_slli_epi64(biased, 52))};
 }
+// The level lacks GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = false;
 // The biased exponent field of a value with a clear sign bit, as a value: the field becomes the
 // low bits of 2^23 (2^52), which is then subtracted.
 ZAL_INLINE VF32 ExponentField(VF32 v) {
