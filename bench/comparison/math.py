@@ -28,9 +28,18 @@ def times(report):
     return table
 
 
+MEMBER_ORDER = ("Abs", "Sqr", "Sqrt", "Inverse", "Round", "Exp", "Ln", "Ln_Prec24", "Ln_Prec21",
+                "Ln_Prec11", "Pow", "Pow_Prec26", "Inverse_Prec26")
+
+
 def rows(table):
+    def order(key):
+        type_, member = key.split()
+        return (type_, MEMBER_ORDER.index(member) if member in MEMBER_ORDER else len(MEMBER_ORDER))
+
     result = []
-    for key, contenders in table.items():
+    for key in sorted(table, key=order):
+        contenders = table[key]
         if "ours" not in contenders:
             continue
         member = key.split()[1]
