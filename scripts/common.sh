@@ -21,3 +21,5 @@ ensure_packages() {
 }
 
 ZAL_BUILD_PACKAGES=(g++ cmake ninja-build binutils git)
+# The math family: MPFR for its accuracy tests, SLEEF as a benchmark peer.
+ZAL_MATH_PACKAGES=(libmpfr-dev libsleef-dev)

@@ -115,3 +115,12 @@ ZAL_API int engGetDispatchIndex();
 
 // Stores a level chosen with engSelectCpuFeatures; values outside -1..5 are ignored.
 ZAL_API void engSetDispatchIndex(int level);
+
+// Called by the math kernels for each element that has no finite result in its domain: code 18
+// (engStsSingularity, a pole such as ln 0) or 19 (engStsDomain, such as ln of a negative number),
+// with the element's index and the function's tag ("Ln64", "Pow64"). The element still gets its
+// IEEE result and every other element is computed. Process-wide; the default does nothing.
+using EngErrorHook = void (*)(int index, EngStatus code, const char* tag);
+
+// Installs hook (null restores the default) and returns the one it replaces.
+ZAL_API EngErrorHook engSetErrorHook(EngErrorHook hook);

@@ -1,5 +1,5 @@
-// Vector utilities: elementwise arithmetic, reductions, thresholds, complex-domain helpers, aligned
-// memory and the calling thread's denormal modes.
+// Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
+// complex-domain helpers, aligned memory and the calling thread's denormal modes.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -79,6 +79,51 @@ ZAL_API void DivConstantRev(unsigned int len, float c, const float* src, float* 
 // saturated to [-32768, 32767]. A negative scale enlarges: scale -3 multiplies by 8.
 ZAL_API void MulConstant_InPlace(unsigned int len, short* srcDst, short c, int scale);
 
+// ---- Elementwise math functions -----------------------------------------------------------------
+// For each i < len, dst[i] = f(src[i]) (Pow: base[i] raised to exponent[i]). The _InPlace forms
+// compute in place in srcDst. Out-of-place forms need separate arrays, except Exp and Ln, whose
+// destination may also be the source array exactly (that is what Exp_InPlace and Ln_InPlace do).
+//
+// Exact, the same bits at every processor level:
+//   Abs       |x| (clears the sign bit, NaN included)     Sqr      x * x
+//   Sqrt      IEEE square root (negative -> NaN)           Inverse  1 / x (±0 -> ±inf)
+//   Round     nearest integral value, halves away from zero, in the same type; the sign of a
+//             negative input survives a zero result: 1.5 -> 2, 2.5 -> 3, -2.5 -> -3, -0.4 -> -0
+// Within 1 ulp (float and double): Exp, Ln, Pow. _PrecN: at least N correct bits, relative error
+// at most 2^(1-N): Ln_Prec11, Ln_Prec21, Ln_Prec24 (float), Pow_Prec26, Inverse_Prec26 (double).
+// These may differ between processor levels within their bound.
+//
+// Special values are IEEE-754's: Exp overflows to +inf and underflows through the subnormals to
+// +0; Ln(±0) = -inf, Ln(negative or -inf) = NaN, Ln(+inf) = +inf, Ln(NaN) = NaN; Pow as C's pow
+// (Pow(x, ±0) = 1 and Pow(1, y) = 1 even for NaN, Pow(negative, non-integer) = NaN, odd integral
+// exponents keep the base's sign, ±0 to a negative power is ±inf). The double Ln and the double
+// Pow forms report each pole (code 18) and domain error (code 19) to the engine's error hook
+// (engSetErrorHook in zalaccelerate/core.h) with the element's index and the tag "Ln64" or "Pow64";
+// every element is computed all the same.
+#define ZALACCELERATE_MATH(T)                                                   \
+  ZAL_API void Abs(unsigned int len, const T* src, T* dst);                     \
+  ZAL_API void Abs_InPlace(unsigned int len, T* srcDst);                        \
+  ZAL_API void Sqr(unsigned int len, const T* src, T* dst);                     \
+  ZAL_API void Sqr_InPlace(unsigned int len, T* srcDst);                        \
+  ZAL_API void Sqrt(unsigned int len, const T* src, T* dst);                    \
+  ZAL_API void Sqrt_InPlace(unsigned int len, T* srcDst);                       \
+  ZAL_API void Exp(unsigned int len, const T* src, T* dst);                     \
+  ZAL_API void Exp_InPlace(unsigned int len, T* srcDst);                        \
+  ZAL_API void Ln(unsigned int len, const T* src, T* dst);                      \
+  ZAL_API void Pow(unsigned int len, const T* base, const T* exponent, T* dst); \
+  ZAL_API void Inverse(unsigned int len, const T* src, T* dst);                 \
+  ZAL_API void Round(unsigned int len, const T* src, T* dst);
+
+ZALACCELERATE_MATH(float)
+ZALACCELERATE_MATH(double)
+#undef ZALACCELERATE_MATH
+
+ZAL_API void Ln_InPlace(unsigned int len, float* srcDst);
+ZAL_API void Ln_Prec11(unsigned int len, const float* src, float* dst);
+ZAL_API void Ln_Prec21(unsigned int len, const float* src, float* dst);
+ZAL_API void Ln_Prec24(unsigned int len, const float* src, float* dst);
+ZAL_API void Pow_Prec26(unsigned int len, const double* base, const double* exponent, double* dst);
+ZAL_API void Inverse_Prec26(unsigned int len, const double* src, double* dst);
 // ---- Reductions and statistics -----------------------------------------------------------------
 // Each returns its result (or fills its outputs) from len elements of src. A null pointer or a len
 // of 0 (or 2^31 and more) is refused: value-returning functions then return 0 (index 0, false),
@@ -157,15 +202,15 @@ ZAL_API bool Equal(unsigned int len, const unsigned char* a, const unsigned char
 //   MinEvery_InPlace / MaxEvery_InPlace(len, src, srcDst)  the same into srcDst (as b)
 // Under denormals-are-zero, Threshold_GT/LT_InPlace and Min/MaxEvery return denormal elements as
 // zero. A destination may be the same buffer as the source (exactly, not partly overlapping).
-#define ZALACCELERATE_THRESHOLDS(T)                                                               \
-  ZAL_API void Threshold_GT_InPlace(unsigned int len, T* p, T level);                             \
-  ZAL_API void Threshold_LT_InPlace(unsigned int len, T* p, T level);                             \
-  ZAL_API void Threshold_GTVal(unsigned int len, const T* src, T* dst, T level, T value);         \
-  ZAL_API void Threshold_GTVal_InPlace(unsigned int len, T* p, T level, T value);                 \
-  ZAL_API void Threshold_LTVal(unsigned int len, const T* src, T* dst, T level, T value);         \
-  ZAL_API void Threshold_LTVal_InPlace(unsigned int len, T* p, T level, T value);                 \
-  ZAL_API void Invert_Threshold_InPlace(unsigned int len, T* p, T level);                         \
-  ZAL_API void Normalize(unsigned int len, const T* src, T* dst, T sub, T div);                   \
+#define ZALACCELERATE_THRESHOLDS(T)                                                       \
+  ZAL_API void Threshold_GT_InPlace(unsigned int len, T* p, T level);                     \
+  ZAL_API void Threshold_LT_InPlace(unsigned int len, T* p, T level);                     \
+  ZAL_API void Threshold_GTVal(unsigned int len, const T* src, T* dst, T level, T value); \
+  ZAL_API void Threshold_GTVal_InPlace(unsigned int len, T* p, T level, T value);         \
+  ZAL_API void Threshold_LTVal(unsigned int len, const T* src, T* dst, T level, T value); \
+  ZAL_API void Threshold_LTVal_InPlace(unsigned int len, T* p, T level, T value);         \
+  ZAL_API void Invert_Threshold_InPlace(unsigned int len, T* p, T level);                 \
+  ZAL_API void Normalize(unsigned int len, const T* src, T* dst, T sub, T div);           \
   ZAL_API void VectorSlope(unsigned int len, T* p, T offset, T slope);
 
 ZALACCELERATE_THRESHOLDS(float)

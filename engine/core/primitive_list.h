@@ -23,7 +23,7 @@
 // Elementwise arithmetic: dst = first + second, second - first, first * second, second / first;
 // AddProduct accumulates first * second into dst. Constant forms: src + c, src - c, c - src
 // (Rev), src * c, src / c, c / src (DivConstantRev). InPlace forms read and write src_dst.
-#define ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, T, E)                         \
+#define ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, T, E)                     \
   X(arithmetic, Add##E, Binary<T>, kExact)                              \
   X(arithmetic, Sub##E, Binary<T>, kExact)                              \
   X(arithmetic, Mul##E, Binary<T>, kExact)                              \
@@ -44,12 +44,12 @@
   X(arithmetic, DivConstant##E##InPlace, ConstantInPlace<T>, kExact)
 
 #define ZAL_ARITHMETIC_PRIMITIVES(X)                                             \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, float, F32)                                  \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, float, F32)                              \
   X(arithmetic, AddConstantProductF32, WithConstant<float>, kExact)              \
   X(arithmetic, DivConstantRevF32, WithConstant<float>, kExact)                  \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, double, F64)                                 \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, double, F64)                             \
   X(arithmetic, AddF64InPlace, BinaryInPlace<double>, kExact)                    \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, Complex32, C32)                              \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, Complex32, C32)                          \
   X(arithmetic, AddC32InPlace, BinaryInPlace<Complex32>, kExact)                 \
   X(arithmetic, AddC64, Binary<Complex64>, kExact)                               \
   X(arithmetic, SubC64, Binary<Complex64>, kExact)                               \
@@ -72,6 +72,29 @@
   X(arithmetic, DivConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
   X(arithmetic, MulConstantScaledS16, WithConstantScaled<short>, kExact)
 
+// Elementwise math functions. Pow raises the first operand (base) to the second (exponent).
+// The PrecN forms trade accuracy for speed; Exp and Ln run in place by passing src as dst.
+#define ZAL_MATH_BY_TYPE_PRIMITIVES(X, T, E)         \
+  X(math, Abs##E, Unary<T>, kExact)                  \
+  X(math, Abs##E##InPlace, UnaryInPlace<T>, kExact)  \
+  X(math, Sqr##E, Unary<T>, kExact)                  \
+  X(math, Sqr##E##InPlace, UnaryInPlace<T>, kExact)  \
+  X(math, Sqrt##E, Unary<T>, kExact)                 \
+  X(math, Sqrt##E##InPlace, UnaryInPlace<T>, kExact) \
+  X(math, Exp##E, Unary<T>, kUlp1)                   \
+  X(math, Ln##E, Unary<T>, kUlp1)                    \
+  X(math, Pow##E, Binary<T>, kUlp1)                  \
+  X(math, Inverse##E, Unary<T>, kExact)              \
+  X(math, Round##E, Unary<T>, kExact)
+
+#define ZAL_MATH_PRIMITIVES(X)                          \
+  ZAL_MATH_BY_TYPE_PRIMITIVES(X, float, F32)            \
+  X(math, LnF32Prec11, Unary<float>, kCorrectBits11)    \
+  X(math, LnF32Prec21, Unary<float>, kCorrectBits21)    \
+  X(math, LnF32Prec24, Unary<float>, kCorrectBits24)    \
+  ZAL_MATH_BY_TYPE_PRIMITIVES(X, double, F64)           \
+  X(math, PowF64Prec26, Binary<double>, kCorrectBits26) \
+  X(math, InverseF64Prec26, Unary<double>, kCorrectBits26)
 // Reductions and statistics: fixed summation order, bit-identical at every level (see
 // engine/primitives/statistics/statistics-inl.h).
 #define ZAL_STATISTICS_BY_TYPE_PRIMITIVES(X, T, E) \
@@ -135,6 +158,7 @@
   ZAL_FP_CONTROL_PRIMITIVES(X) \
   ZAL_VERSION_PRIMITIVES(X)    \
   ZAL_ARITHMETIC_PRIMITIVES(X) \
+  ZAL_MATH_PRIMITIVES(X)       \
   ZAL_STATISTICS_PRIMITIVES(X) \
   ZAL_THRESHOLD_PRIMITIVES(X)  \
   ZAL_COMPLEX_PRIMITIVES(X)

@@ -10,6 +10,12 @@ namespace zal::engine {
 enum class Accuracy {
   kService,  // no elementwise result: tested by its own contract
   kExact,    // the same bits as the portable variant at every level (NaN payloads aside)
+  // Math functions. Each level stays within the bound of the exact result; levels may differ.
+  kUlp1,           // at most 1 ulp from the exact result
+  kCorrectBits11,  // relative error at most 2^-10
+  kCorrectBits21,  // relative error at most 2^-20
+  kCorrectBits24,  // relative error at most 2^-23
+  kCorrectBits26,  // relative error at most 2^-25
 };
 
 // Interleaved complex samples, layout-compatible with std::complex (real part first).
@@ -41,6 +47,11 @@ using ConstantRefInPlace = EngStatus(const T* constant, T* src_dst, int n);
 template <class T>
 using WithConstantScaled = EngStatus(const T* src, T constant, T* dst, int n, int scale);
 
+// Elementwise functions of one vector; the in-place form reads and writes one array.
+template <class T>
+using Unary = EngStatus(const T* src, T* dst, int n);
+template <class T>
+using UnaryInPlace = EngStatus(T* src_dst, int n);
 // ---- Reductions, thresholds and complex-domain helpers -----------------------------------------
 // Reductions write their result cells only on success (status 0).
 template <class T>

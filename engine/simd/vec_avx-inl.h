@@ -222,6 +222,209 @@ ZAL_INLINE VF64 SubAdd(VF64 a, VF64 b) {
   return a + Xor(b, BroadcastPair(0.0, -0.0));
 }
 
+// ---- Math-function operations ------------------------------------------------------------------
+// Bit operations, comparisons, selection, rounding, exponent fields and table lookups that the
+// math kernels build on (engine/simd/vec_math-inl.h). The avx level has no 256-bit integer
+// instructions: its exponent work runs on the two 128-bit halves.
+
+inline constexpr bool kHasFma = ZAL_LEVEL_INDEX >= 4;
+// Correct bits of ApproxReciprocal.
+inline constexpr int kApproxReciprocalBits = 11;
+
+ZAL_INLINE VF32 And(VF32 a, VF32 b) {
+  return {_mm256_and_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 And(VF64 a, VF64 b) {
+  return {_mm256_and_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
+  return {_mm256_or_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
+  return {_mm256_or_pd(a.raw, b.raw)};
+}
+// ~a & b.
+ZAL_INLINE VF32 AndNot(VF32 a, VF32 b) {
+  return {_mm256_andnot_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 AndNot(VF64 a, VF64 b) {
+  return {_mm256_andnot_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Sqrt(VF32 v) {
+  return {_mm256_sqrt_ps(v.raw)};
+}
+ZAL_INLINE VF64 Sqrt(VF64 v) {
+  return {_mm256_sqrt_pd(v.raw)};
+}
+// a * b + c, rounded once where the level has fused multiply-add.
+ZAL_INLINE VF32 MulAdd(VF32 a, VF32 b, VF32 c) {
+#if ZAL_LEVEL_INDEX >= 4
+  return {_mm256_fmadd_ps(a.raw, b.raw, c.raw)};
+#else
+  return a * b + c;
+#endif
+}
+ZAL_INLINE VF64 MulAdd(VF64 a, VF64 b, VF64 c) {
+#if ZAL_LEVEL_INDEX >= 4
+  return {_mm256_fmadd_pd(a.raw, b.raw, c.raw)};
+#else
+  return a * b + c;
+#endif
+}
+
+ZAL_INLINE MF32 Less(VF32 a, VF32 b) {
+  return {_mm256_cmp_ps(a.raw, b.raw, _CMP_LT_OQ)};
+}
+ZAL_INLINE MF64 Less(VF64 a, VF64 b) {
+  return {_mm256_cmp_pd(a.raw, b.raw, _CMP_LT_OQ)};
+}
+ZAL_INLINE MF32 LessEqual(VF32 a, VF32 b) {
+  return {_mm256_cmp_ps(a.raw, b.raw, _CMP_LE_OQ)};
+}
+ZAL_INLINE MF64 LessEqual(VF64 a, VF64 b) {
+  return {_mm256_cmp_pd(a.raw, b.raw, _CMP_LE_OQ)};
+}
+ZAL_INLINE MF32 Equal(VF32 a, VF32 b) {
+  return {_mm256_cmp_ps(a.raw, b.raw, _CMP_EQ_OQ)};
+}
+ZAL_INLINE MF64 Equal(VF64 a, VF64 b) {
+  return {_mm256_cmp_pd(a.raw, b.raw, _CMP_EQ_OQ)};
+}
+// Set where either lane is a NaN.
+ZAL_INLINE MF32 Unordered(VF32 a, VF32 b) {
+  return {_mm256_cmp_ps(a.raw, b.raw, _CMP_UNORD_Q)};
+}
+ZAL_INLINE MF64 Unordered(VF64 a, VF64 b) {
+  return {_mm256_cmp_pd(a.raw, b.raw, _CMP_UNORD_Q)};
+}
+ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
+  return {_mm256_and_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
+  return {_mm256_and_pd(a.raw, b.raw)};
+}
+// ~a & b.
+ZAL_INLINE MF32 AndNot(MF32 a, MF32 b) {
+  return {_mm256_andnot_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 AndNot(MF64 a, MF64 b) {
+  return {_mm256_andnot_pd(a.raw, b.raw)};
+}
+// Bit i set where lane i is.
+ZAL_INLINE unsigned LaneBits(MF32 m) {
+  return static_cast<unsigned>(_mm256_movemask_ps(m.raw));
+}
+ZAL_INLINE unsigned LaneBits(MF64 m) {
+  return static_cast<unsigned>(_mm256_movemask_pd(m.raw));
+}
+// m ? a : b, lane by lane.
+ZAL_INLINE VF32 Select(MF32 m, VF32 a, VF32 b) {
+  return {_mm256_blendv_ps(b.raw, a.raw, m.raw)};
+}
+ZAL_INLINE VF64 Select(MF64 m, VF64 a, VF64 b) {
+  return {_mm256_blendv_pd(b.raw, a.raw, m.raw)};
+}
+
+// The nearest integral value, ties to even (a NaN stays a NaN, and the sign of zero survives).
+ZAL_INLINE VF32 RoundNearestEven(VF32 v) {
+  return {_mm256_round_ps(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+}
+ZAL_INLINE VF64 RoundNearestEven(VF64 v) {
+  return {_mm256_round_pd(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+}
+
+// The largest integral value not above v.
+ZAL_INLINE VF32 Floor(VF32 v) {
+  return {_mm256_floor_ps(v.raw)};
+}
+ZAL_INLINE VF64 Floor(VF64 v) {
+  return {_mm256_floor_pd(v.raw)};
+}
+
+// 2^k for integral k of the normal exponent range.
+ZAL_INLINE VF32 Pow2I(VF32 k) {
+  // (k + 127) * 2^23 converts exactly to the bits of 2^k.
+  const __m256 bits = _mm256_mul_ps(_mm256_add_ps(k.raw, _mm256_set1_ps(127.0f)),
+                                    _mm256_set1_ps(8388608.0f));
+  return {_mm256_castsi256_ps(_mm256_cvtps_epi32(bits))};
+}
+ZAL_INLINE VF64 Pow2I(VF64 k) {
+  const __m128i k32 = _mm_add_epi32(_mm256_cvtpd_epi32(k.raw), _mm_set1_epi32(1023));
+#if ZAL_LEVEL_INDEX >= 4
+  return {_mm256_castsi256_pd(_mm256_slli_epi64(_mm256_cvtepu32_epi64(k32), 52))};
+#else
+  const __m128i lower = _mm_slli_epi64(_mm_cvtepu32_epi64(k32), 52);
+  const __m128i upper = _mm_slli_epi64(_mm_cvtepu32_epi64(_mm_srli_si128(k32, 8)), 52);
+  return {_mm256_castsi256_pd(_mm256_set_m128i(upper, lower))};
+#endif
+}
+// The level lacks GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = false;
+// The biased exponent field of a value with a clear sign bit, as a value: the field becomes the
+// low bits of 2^23 (2^52), which is then subtracted.
+ZAL_INLINE VF32 ExponentField(VF32 v) {
+  // The field times 2^23 converts exactly.
+  const __m256 field = _mm256_and_ps(v.raw, _mm256_castsi256_ps(_mm256_set1_epi32(0x7F800000)));
+  return {_mm256_mul_ps(_mm256_cvtepi32_ps(_mm256_castps_si256(field)),
+                        _mm256_set1_ps(1.0f / 8388608.0f))};
+}
+ZAL_INLINE VF64 ExponentField(VF64 v) {
+  const __m256d magic = _mm256_set1_pd(4503599627370496.0);
+#if ZAL_LEVEL_INDEX >= 4
+  const __m256i field = _mm256_srli_epi64(_mm256_castpd_si256(v.raw), 52);
+#else
+  const __m256i bits = _mm256_castpd_si256(v.raw);
+  const __m256i field = _mm256_set_m128i(_mm_srli_epi64(_mm256_extractf128_si256(bits, 1), 52),
+                                         _mm_srli_epi64(_mm256_castsi256_si128(bits), 52));
+#endif
+  return {_mm256_sub_pd(_mm256_or_pd(_mm256_castsi256_pd(field), magic), magic)};
+}
+
+// table[index] for integral, in-range indices.
+ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
+  const __m256i i = _mm256_cvttps_epi32(index.raw);
+#if ZAL_LEVEL_INDEX >= 4
+  // The masked form: GCC 12 warns that the plain one's pass-through operand is uninitialised.
+  const __m256 all = _mm256_castsi256_ps(_mm256_set1_epi32(-1));
+  return {_mm256_mask_i32gather_ps(_mm256_setzero_ps(), table, i, all, 4)};
+#else
+  alignas(32) std::int32_t lanes[8];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), i);
+  return {_mm256_setr_ps(table[lanes[0]], table[lanes[1]], table[lanes[2]], table[lanes[3]],
+                         table[lanes[4]], table[lanes[5]], table[lanes[6]], table[lanes[7]])};
+#endif
+}
+ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
+  const __m128i i = _mm256_cvttpd_epi32(index.raw);
+#if ZAL_LEVEL_INDEX >= 4
+  const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
+  return {_mm256_mask_i32gather_pd(_mm256_setzero_pd(), table, i, all, 8)};
+#else
+  const __m128d lower = _mm_loadh_pd(_mm_load_sd(table + _mm_cvtsi128_si32(i)),
+                                     table + _mm_extract_epi32(i, 1));
+  const __m128d upper = _mm_loadh_pd(_mm_load_sd(table + _mm_extract_epi32(i, 2)),
+                                     table + _mm_extract_epi32(i, 3));
+  return {_mm256_set_m128d(upper, lower)};
+#endif
+}
+
+// Float lanes widened: the lower and the upper half of v.
+ZAL_INLINE VF64 LowerToF64(VF32 v) {
+  return {_mm256_cvtps_pd(_mm256_castps256_ps128(v.raw))};
+}
+ZAL_INLINE VF64 UpperToF64(VF32 v) {
+  return {_mm256_cvtps_pd(_mm256_extractf128_ps(v.raw, 1))};
+}
+// Rounded to float and joined: lower's lanes first.
+ZAL_INLINE VF32 JoinToF32(VF64 lower, VF64 upper) {
+  return {_mm256_set_m128(_mm256_cvtpd_ps(upper.raw), _mm256_cvtpd_ps(lower.raw))};
+}
+
+// About 1/v to kApproxReciprocalBits bits, for |v| within the normal float range.
+ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
+  return {_mm256_cvtps_pd(_mm_rcp_ps(_mm256_cvtpd_ps(v.raw)))};
+}
+
 #if ZAL_LEVEL_INDEX >= 4
 struct VS16 {
   __m256i raw;

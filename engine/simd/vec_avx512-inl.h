@@ -284,6 +284,175 @@ ZAL_INLINE VS32 ShiftLeft(VS32 v, int count) {
   return {_mm512_sll_epi32(v.raw, _mm_cvtsi32_si128(count))};
 }
 
+// ---- Math-function operations ------------------------------------------------------------------
+// Bit operations, comparisons, selection, rounding, exponent fields and table lookups that the
+// math kernels build on (engine/simd/vec_math-inl.h).
+
+inline constexpr bool kHasFma = true;
+// Correct bits of ApproxReciprocal.
+inline constexpr int kApproxReciprocalBits = 14;
+
+ZAL_INLINE VF32 And(VF32 a, VF32 b) {
+  return {_mm512_and_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 And(VF64 a, VF64 b) {
+  return {_mm512_and_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
+  return {_mm512_or_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
+  return {_mm512_or_pd(a.raw, b.raw)};
+}
+// ~a & b.
+ZAL_INLINE VF32 AndNot(VF32 a, VF32 b) {
+  return {_mm512_andnot_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 AndNot(VF64 a, VF64 b) {
+  return {_mm512_andnot_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Sqrt(VF32 v) {
+  return {_mm512_sqrt_ps(v.raw)};
+}
+ZAL_INLINE VF64 Sqrt(VF64 v) {
+  return {_mm512_sqrt_pd(v.raw)};
+}
+// a * b + c, rounded once.
+ZAL_INLINE VF32 MulAdd(VF32 a, VF32 b, VF32 c) {
+  return {_mm512_fmadd_ps(a.raw, b.raw, c.raw)};
+}
+ZAL_INLINE VF64 MulAdd(VF64 a, VF64 b, VF64 c) {
+  return {_mm512_fmadd_pd(a.raw, b.raw, c.raw)};
+}
+
+ZAL_INLINE MF32 Less(VF32 a, VF32 b) {
+  return {_mm512_cmp_ps_mask(a.raw, b.raw, _CMP_LT_OQ)};
+}
+ZAL_INLINE MF64 Less(VF64 a, VF64 b) {
+  return {_mm512_cmp_pd_mask(a.raw, b.raw, _CMP_LT_OQ)};
+}
+ZAL_INLINE MF32 LessEqual(VF32 a, VF32 b) {
+  return {_mm512_cmp_ps_mask(a.raw, b.raw, _CMP_LE_OQ)};
+}
+ZAL_INLINE MF64 LessEqual(VF64 a, VF64 b) {
+  return {_mm512_cmp_pd_mask(a.raw, b.raw, _CMP_LE_OQ)};
+}
+ZAL_INLINE MF32 Equal(VF32 a, VF32 b) {
+  return {_mm512_cmp_ps_mask(a.raw, b.raw, _CMP_EQ_OQ)};
+}
+ZAL_INLINE MF64 Equal(VF64 a, VF64 b) {
+  return {_mm512_cmp_pd_mask(a.raw, b.raw, _CMP_EQ_OQ)};
+}
+// Set where either lane is a NaN.
+ZAL_INLINE MF32 Unordered(VF32 a, VF32 b) {
+  return {_mm512_cmp_ps_mask(a.raw, b.raw, _CMP_UNORD_Q)};
+}
+ZAL_INLINE MF64 Unordered(VF64 a, VF64 b) {
+  return {_mm512_cmp_pd_mask(a.raw, b.raw, _CMP_UNORD_Q)};
+}
+ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
+  return {static_cast<__mmask16>(a.raw & b.raw)};
+}
+ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
+  return {static_cast<__mmask8>(a.raw & b.raw)};
+}
+// ~a & b.
+ZAL_INLINE MF32 AndNot(MF32 a, MF32 b) {
+  return {static_cast<__mmask16>(~a.raw & b.raw)};
+}
+ZAL_INLINE MF64 AndNot(MF64 a, MF64 b) {
+  return {static_cast<__mmask8>(~a.raw & b.raw)};
+}
+// Bit i set where lane i is.
+ZAL_INLINE unsigned LaneBits(MF32 m) {
+  return m.raw;
+}
+ZAL_INLINE unsigned LaneBits(MF64 m) {
+  return m.raw;
+}
+// m ? a : b, lane by lane.
+ZAL_INLINE VF32 Select(MF32 m, VF32 a, VF32 b) {
+  return {_mm512_mask_blend_ps(m.raw, b.raw, a.raw)};
+}
+ZAL_INLINE VF64 Select(MF64 m, VF64 a, VF64 b) {
+  return {_mm512_mask_blend_pd(m.raw, b.raw, a.raw)};
+}
+
+// The nearest integral value, ties to even (a NaN stays a NaN, and the sign of zero survives).
+ZAL_INLINE VF32 RoundNearestEven(VF32 v) {
+  return {_mm512_roundscale_ps(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+}
+ZAL_INLINE VF64 RoundNearestEven(VF64 v) {
+  return {_mm512_roundscale_pd(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+}
+
+// The largest integral value not above v.
+ZAL_INLINE VF32 Floor(VF32 v) {
+  return {_mm512_roundscale_ps(v.raw, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC)};
+}
+ZAL_INLINE VF64 Floor(VF64 v) {
+  return {_mm512_roundscale_pd(v.raw, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC)};
+}
+
+// 2^k for integral k of the normal exponent range.
+ZAL_INLINE VF32 Pow2I(VF32 k) {
+  const __m512i biased = _mm512_add_epi32(_mm512_cvtps_epi32(k.raw), _mm512_set1_epi32(127));
+  return {_mm512_castsi512_ps(_mm512_slli_epi32(biased, 23))};
+}
+ZAL_INLINE VF64 Pow2I(VF64 k) {
+  const __m512i biased = _mm512_add_epi64(_mm512_cvtpd_epi64(k.raw), _mm512_set1_epi64(1023));
+  return {_mm512_castsi512_pd(_mm512_slli_epi64(biased, 52))};
+}
+// The level has GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = true;
+// floor(log2 |v|) as a value, subnormals included.
+ZAL_INLINE VF32 GetExponent(VF32 v) {
+  return {_mm512_getexp_ps(v.raw)};
+}
+ZAL_INLINE VF64 GetExponent(VF64 v) {
+  return {_mm512_getexp_pd(v.raw)};
+}
+// |v| 2^-floor(log2 |v|), in [1, 2).
+ZAL_INLINE VF32 GetMantissa(VF32 v) {
+  return {_mm512_getmant_ps(v.raw, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero)};
+}
+ZAL_INLINE VF64 GetMantissa(VF64 v) {
+  return {_mm512_getmant_pd(v.raw, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero)};
+}
+// The biased exponent field of a value with a clear sign bit, as a value.
+ZAL_INLINE VF32 ExponentField(VF32 v) {
+  return {_mm512_cvtepi32_ps(_mm512_srli_epi32(_mm512_castps_si512(v.raw), 23))};
+}
+ZAL_INLINE VF64 ExponentField(VF64 v) {
+  return {_mm512_cvtepi64_pd(_mm512_srli_epi64(_mm512_castpd_si512(v.raw), 52))};
+}
+
+// table[index] for integral, in-range indices.
+ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
+  return {_mm512_i32gather_ps(_mm512_cvttps_epi32(index.raw), table, 4)};
+}
+ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
+  return {_mm512_i32gather_pd(_mm512_cvttpd_epi32(index.raw), table, 8)};
+}
+
+// Float lanes widened: the lower and the upper half of v.
+ZAL_INLINE VF64 LowerToF64(VF32 v) {
+  return {_mm512_cvtps_pd(_mm512_castps512_ps256(v.raw))};
+}
+ZAL_INLINE VF64 UpperToF64(VF32 v) {
+  return {_mm512_cvtps_pd(_mm512_extractf32x8_ps(v.raw, 1))};
+}
+// Rounded to float and joined: lower's lanes first.
+ZAL_INLINE VF32 JoinToF32(VF64 lower, VF64 upper) {
+  return {_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(lower.raw)),
+                             _mm512_cvtpd_ps(upper.raw), 1)};
+}
+
+// About 1/v to kApproxReciprocalBits bits, for |v| within the normal float range.
+ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
+  return {_mm512_rcp14_pd(v.raw)};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL
 

@@ -26,24 +26,6 @@ ZAL_INLINE VF32 Max(VF32 a, VF32 b) {
 ZAL_INLINE VF64 Max(VF64 a, VF64 b) {
   return {_mm512_max_pd(a.raw, b.raw)};
 }
-ZAL_INLINE VF32 Sqrt(VF32 v) {
-  return {_mm512_sqrt_ps(v.raw)};
-}
-ZAL_INLINE VF64 Sqrt(VF64 v) {
-  return {_mm512_sqrt_pd(v.raw)};
-}
-ZAL_INLINE VF32 And(VF32 a, VF32 b) {
-  return {_mm512_and_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 And(VF64 a, VF64 b) {
-  return {_mm512_and_pd(a.raw, b.raw)};
-}
-ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
-  return {_mm512_or_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
-  return {_mm512_or_pd(a.raw, b.raw)};
-}
 
 // Ordered comparisons: false where either lane is NaN.
 ZAL_INLINE MF32 operator<(VF32 a, VF32 b) {
@@ -69,26 +51,6 @@ ZAL_INLINE MF32 IsNan(VF32 v) {
 }
 ZAL_INLINE MF64 IsNan(VF64 v) {
   return {_mm512_cmp_pd_mask(v.raw, v.raw, _CMP_UNORD_Q)};
-}
-ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
-  return {static_cast<__mmask16>(a.raw & b.raw)};
-}
-ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
-  return {static_cast<__mmask8>(a.raw & b.raw)};
-}
-// Lane i of the mask in bit i.
-ZAL_INLINE unsigned LaneBits(MF32 m) {
-  return m.raw;
-}
-ZAL_INLINE unsigned LaneBits(MF64 m) {
-  return m.raw;
-}
-// yes where the mask is set, no elsewhere.
-ZAL_INLINE VF32 Select(MF32 m, VF32 yes, VF32 no) {
-  return {_mm512_mask_blend_ps(m.raw, no.raw, yes.raw)};
-}
-ZAL_INLINE VF64 Select(MF64 m, VF64 yes, VF64 no) {
-  return {_mm512_mask_blend_pd(m.raw, no.raw, yes.raw)};
 }
 
 // VF64::kLanes floats, each converted exactly.

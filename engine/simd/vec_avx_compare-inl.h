@@ -19,24 +19,6 @@ ZAL_INLINE VF32 Max(VF32 a, VF32 b) {
 ZAL_INLINE VF64 Max(VF64 a, VF64 b) {
   return {_mm256_max_pd(a.raw, b.raw)};
 }
-ZAL_INLINE VF32 Sqrt(VF32 v) {
-  return {_mm256_sqrt_ps(v.raw)};
-}
-ZAL_INLINE VF64 Sqrt(VF64 v) {
-  return {_mm256_sqrt_pd(v.raw)};
-}
-ZAL_INLINE VF32 And(VF32 a, VF32 b) {
-  return {_mm256_and_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 And(VF64 a, VF64 b) {
-  return {_mm256_and_pd(a.raw, b.raw)};
-}
-ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
-  return {_mm256_or_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
-  return {_mm256_or_pd(a.raw, b.raw)};
-}
 
 // Ordered comparisons: false where either lane is NaN.
 ZAL_INLINE MF32 operator<(VF32 a, VF32 b) {
@@ -62,26 +44,6 @@ ZAL_INLINE MF32 IsNan(VF32 v) {
 }
 ZAL_INLINE MF64 IsNan(VF64 v) {
   return {_mm256_cmp_pd(v.raw, v.raw, _CMP_UNORD_Q)};
-}
-ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
-  return {_mm256_and_ps(a.raw, b.raw)};
-}
-ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
-  return {_mm256_and_pd(a.raw, b.raw)};
-}
-// Lane i of the mask in bit i.
-ZAL_INLINE unsigned LaneBits(MF32 m) {
-  return static_cast<unsigned>(_mm256_movemask_ps(m.raw));
-}
-ZAL_INLINE unsigned LaneBits(MF64 m) {
-  return static_cast<unsigned>(_mm256_movemask_pd(m.raw));
-}
-// yes where the mask is set, no elsewhere.
-ZAL_INLINE VF32 Select(MF32 m, VF32 yes, VF32 no) {
-  return {_mm256_blendv_ps(no.raw, yes.raw, m.raw)};
-}
-ZAL_INLINE VF64 Select(MF64 m, VF64 yes, VF64 no) {
-  return {_mm256_blendv_pd(no.raw, yes.raw, m.raw)};
 }
 
 // VF64::kLanes floats, each converted exactly.

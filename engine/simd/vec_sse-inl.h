@@ -207,5 +207,211 @@ ZAL_INLINE VF64 SubAdd(VF64 a, VF64 b) {
   return a + Xor(b, BroadcastPair(0.0, -0.0));
 }
 
+// ---- Math-function operations ------------------------------------------------------------------
+// Bit operations, comparisons, selection, rounding, exponent fields and table lookups that the
+// math kernels build on (engine/simd/vec_math-inl.h). SSE4.1, from sse42 on, rounds and blends in
+// one instruction; below it the same results come from sequences of SSE2 operations.
+
+inline constexpr bool kHasFma = false;
+// Correct bits of ApproxReciprocal.
+inline constexpr int kApproxReciprocalBits = 11;
+
+ZAL_INLINE VF32 And(VF32 a, VF32 b) {
+  return {_mm_and_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 And(VF64 a, VF64 b) {
+  return {_mm_and_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
+  return {_mm_or_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
+  return {_mm_or_pd(a.raw, b.raw)};
+}
+// ~a & b.
+ZAL_INLINE VF32 AndNot(VF32 a, VF32 b) {
+  return {_mm_andnot_ps(a.raw, b.raw)};
+}
+ZAL_INLINE VF64 AndNot(VF64 a, VF64 b) {
+  return {_mm_andnot_pd(a.raw, b.raw)};
+}
+ZAL_INLINE VF32 Sqrt(VF32 v) {
+  return {_mm_sqrt_ps(v.raw)};
+}
+ZAL_INLINE VF64 Sqrt(VF64 v) {
+  return {_mm_sqrt_pd(v.raw)};
+}
+// a * b + c, rounded once where the level has fused multiply-add.
+ZAL_INLINE VF32 MulAdd(VF32 a, VF32 b, VF32 c) {
+  return a * b + c;
+}
+ZAL_INLINE VF64 MulAdd(VF64 a, VF64 b, VF64 c) {
+  return a * b + c;
+}
+
+ZAL_INLINE MF32 Less(VF32 a, VF32 b) {
+  return {_mm_cmplt_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 Less(VF64 a, VF64 b) {
+  return {_mm_cmplt_pd(a.raw, b.raw)};
+}
+ZAL_INLINE MF32 LessEqual(VF32 a, VF32 b) {
+  return {_mm_cmple_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 LessEqual(VF64 a, VF64 b) {
+  return {_mm_cmple_pd(a.raw, b.raw)};
+}
+ZAL_INLINE MF32 Equal(VF32 a, VF32 b) {
+  return {_mm_cmpeq_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 Equal(VF64 a, VF64 b) {
+  return {_mm_cmpeq_pd(a.raw, b.raw)};
+}
+// Set where either lane is a NaN.
+ZAL_INLINE MF32 Unordered(VF32 a, VF32 b) {
+  return {_mm_cmpunord_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 Unordered(VF64 a, VF64 b) {
+  return {_mm_cmpunord_pd(a.raw, b.raw)};
+}
+ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
+  return {_mm_and_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
+  return {_mm_and_pd(a.raw, b.raw)};
+}
+// ~a & b.
+ZAL_INLINE MF32 AndNot(MF32 a, MF32 b) {
+  return {_mm_andnot_ps(a.raw, b.raw)};
+}
+ZAL_INLINE MF64 AndNot(MF64 a, MF64 b) {
+  return {_mm_andnot_pd(a.raw, b.raw)};
+}
+// Bit i set where lane i is.
+ZAL_INLINE unsigned LaneBits(MF32 m) {
+  return static_cast<unsigned>(_mm_movemask_ps(m.raw));
+}
+ZAL_INLINE unsigned LaneBits(MF64 m) {
+  return static_cast<unsigned>(_mm_movemask_pd(m.raw));
+}
+// m ? a : b, lane by lane.
+ZAL_INLINE VF32 Select(MF32 m, VF32 a, VF32 b) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_blendv_ps(b.raw, a.raw, m.raw)};
+#else
+  return {_mm_or_ps(_mm_and_ps(m.raw, a.raw), _mm_andnot_ps(m.raw, b.raw))};
+#endif
+}
+ZAL_INLINE VF64 Select(MF64 m, VF64 a, VF64 b) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_blendv_pd(b.raw, a.raw, m.raw)};
+#else
+  return {_mm_or_pd(_mm_and_pd(m.raw, a.raw), _mm_andnot_pd(m.raw, b.raw))};
+#endif
+}
+
+// The nearest integral value, ties to even, of every value (a NaN stays a NaN, and the sign of
+// zero survives). Below SSE4.1: adding and subtracting 2^23 (2^52) rounds magnitudes below it;
+// larger ones are integral already.
+ZAL_INLINE VF32 RoundNearestEven(VF32 v) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_round_ps(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+#else
+  const __m128 sign = _mm_set1_ps(-0.0f);
+  const __m128 shift = _mm_set1_ps(8388608.0f);
+  const __m128 magnitude = _mm_andnot_ps(sign, v.raw);
+  const __m128 rounded = _mm_sub_ps(_mm_add_ps(magnitude, shift), shift);
+  const __m128 small = _mm_cmplt_ps(magnitude, shift);
+  const __m128 result = _mm_or_ps(_mm_and_ps(small, rounded), _mm_andnot_ps(small, magnitude));
+  return {_mm_or_ps(result, _mm_and_ps(sign, v.raw))};
+#endif
+}
+ZAL_INLINE VF64 RoundNearestEven(VF64 v) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_round_pd(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
+#else
+  const __m128d sign = _mm_set1_pd(-0.0);
+  const __m128d shift = _mm_set1_pd(4503599627370496.0);
+  const __m128d magnitude = _mm_andnot_pd(sign, v.raw);
+  const __m128d rounded = _mm_sub_pd(_mm_add_pd(magnitude, shift), shift);
+  const __m128d small = _mm_cmplt_pd(magnitude, shift);
+  const __m128d result = _mm_or_pd(_mm_and_pd(small, rounded), _mm_andnot_pd(small, magnitude));
+  return {_mm_or_pd(result, _mm_and_pd(sign, v.raw))};
+#endif
+}
+
+// The largest integral value not above v, for |v| below 2^22 (2^51) where SSE4.1 is missing.
+ZAL_INLINE VF32 Floor(VF32 v) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_floor_ps(v.raw)};
+#else
+  const VF32 rounded = RoundNearestEven(v);
+  return rounded - And(VF32{_mm_cmplt_ps(v.raw, rounded.raw)}, Broadcast(1.0f));
+#endif
+}
+ZAL_INLINE VF64 Floor(VF64 v) {
+#if ZAL_LEVEL_INDEX >= 2
+  return {_mm_floor_pd(v.raw)};
+#else
+  const VF64 rounded = RoundNearestEven(v);
+  return rounded - And(VF64{_mm_cmplt_pd(v.raw, rounded.raw)}, Broadcast(1.0));
+#endif
+}
+
+// 2^k for integral k of the normal exponent range.
+ZAL_INLINE VF32 Pow2I(VF32 k) {
+  const __m128i biased = _mm_add_epi32(_mm_cvtps_epi32(k.raw), _mm_set1_epi32(127));
+  return {_mm_castsi128_ps(_mm_slli_epi32(biased, 23))};
+}
+ZAL_INLINE VF64 Pow2I(VF64 k) {
+  const __m128i k32 = _mm_shuffle_epi32(_mm_cvtpd_epi32(k.raw), _MM_SHUFFLE(3, 1, 2, 0));
+  const __m128i biased = _mm_add_epi64(k32, _mm_set1_epi64x(1023));
+  return {_mm_castsi128_pd(_mm_slli_epi64(biased, 52))};
+}
+// The level lacks GetExponent and GetMantissa.
+inline constexpr bool kHasExponentOps = false;
+// The biased exponent field of a value with a clear sign bit, as a value: the field becomes the
+// low bits of 2^23 (2^52), which is then subtracted.
+ZAL_INLINE VF32 ExponentField(VF32 v) {
+  const __m128i field = _mm_srli_epi32(_mm_castps_si128(v.raw), 23);
+  const __m128 magic = _mm_set1_ps(8388608.0f);
+  return {_mm_sub_ps(_mm_or_ps(_mm_castsi128_ps(field), magic), magic)};
+}
+ZAL_INLINE VF64 ExponentField(VF64 v) {
+  const __m128i field = _mm_srli_epi64(_mm_castpd_si128(v.raw), 52);
+  const __m128d magic = _mm_set1_pd(4503599627370496.0);
+  return {_mm_sub_pd(_mm_or_pd(_mm_castsi128_pd(field), magic), magic)};
+}
+
+// table[index] for integral, in-range indices.
+ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
+  alignas(16) std::int32_t i[4];
+  _mm_store_si128(reinterpret_cast<__m128i*>(i), _mm_cvttps_epi32(index.raw));
+  return {_mm_setr_ps(table[i[0]], table[i[1]], table[i[2]], table[i[3]])};
+}
+ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
+  const __m128i i = _mm_cvttpd_epi32(index.raw);
+  const int i0 = _mm_cvtsi128_si32(i);
+  const int i1 = _mm_cvtsi128_si32(_mm_srli_si128(i, 4));
+  return {_mm_loadh_pd(_mm_load_sd(table + i0), table + i1)};
+}
+
+// Float lanes widened: the lower and the upper half of v.
+ZAL_INLINE VF64 LowerToF64(VF32 v) {
+  return {_mm_cvtps_pd(v.raw)};
+}
+ZAL_INLINE VF64 UpperToF64(VF32 v) {
+  return {_mm_cvtps_pd(_mm_movehl_ps(v.raw, v.raw))};
+}
+// Rounded to float and joined: lower's lanes first.
+ZAL_INLINE VF32 JoinToF32(VF64 lower, VF64 upper) {
+  return {_mm_movelh_ps(_mm_cvtpd_ps(lower.raw), _mm_cvtpd_ps(upper.raw))};
+}
+
+// About 1/v to kApproxReciprocalBits bits, for |v| within the normal float range.
+ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
+  return {_mm_cvtps_pd(_mm_rcp_ps(_mm_cvtpd_ps(v.raw)))};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

@@ -19,24 +19,6 @@ ZAL_INLINE VF32 Max(VF32 a, VF32 b) {
 ZAL_INLINE VF64 Max(VF64 a, VF64 b) {
   return {_mm_max_pd(a.raw, b.raw)};
 }
-ZAL_INLINE VF32 Sqrt(VF32 v) {
-  return {_mm_sqrt_ps(v.raw)};
-}
-ZAL_INLINE VF64 Sqrt(VF64 v) {
-  return {_mm_sqrt_pd(v.raw)};
-}
-ZAL_INLINE VF32 And(VF32 a, VF32 b) {
-  return {_mm_and_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 And(VF64 a, VF64 b) {
-  return {_mm_and_pd(a.raw, b.raw)};
-}
-ZAL_INLINE VF32 Or(VF32 a, VF32 b) {
-  return {_mm_or_ps(a.raw, b.raw)};
-}
-ZAL_INLINE VF64 Or(VF64 a, VF64 b) {
-  return {_mm_or_pd(a.raw, b.raw)};
-}
 
 // Ordered comparisons: false where either lane is NaN.
 ZAL_INLINE MF32 operator<(VF32 a, VF32 b) {
@@ -62,26 +44,6 @@ ZAL_INLINE MF32 IsNan(VF32 v) {
 }
 ZAL_INLINE MF64 IsNan(VF64 v) {
   return {_mm_cmpunord_pd(v.raw, v.raw)};
-}
-ZAL_INLINE MF32 operator&(MF32 a, MF32 b) {
-  return {_mm_and_ps(a.raw, b.raw)};
-}
-ZAL_INLINE MF64 operator&(MF64 a, MF64 b) {
-  return {_mm_and_pd(a.raw, b.raw)};
-}
-// Lane i of the mask in bit i.
-ZAL_INLINE unsigned LaneBits(MF32 m) {
-  return static_cast<unsigned>(_mm_movemask_ps(m.raw));
-}
-ZAL_INLINE unsigned LaneBits(MF64 m) {
-  return static_cast<unsigned>(_mm_movemask_pd(m.raw));
-}
-// yes where the mask is set, no elsewhere.
-ZAL_INLINE VF32 Select(MF32 m, VF32 yes, VF32 no) {
-  return {_mm_or_ps(_mm_and_ps(m.raw, yes.raw), _mm_andnot_ps(m.raw, no.raw))};
-}
-ZAL_INLINE VF64 Select(MF64 m, VF64 yes, VF64 no) {
-  return {_mm_or_pd(_mm_and_pd(m.raw, yes.raw), _mm_andnot_pd(m.raw, no.raw))};
 }
 
 // VF64::kLanes floats, each converted exactly.

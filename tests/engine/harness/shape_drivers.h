@@ -147,6 +147,31 @@ struct WithConstantScaled {
   }
 };
 
+// ---- Math functions -----------------------------------------------------------------------------
+
+template <class T>
+struct Unary {
+  using Element = T;
+  using Function = engine::Unary<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.dst, o.n); }
+};
+
+// The destination's values on entry are the operands.
+template <class T>
+struct UnaryInPlace {
+  using Element = T;
+  using Function = engine::UnaryInPlace<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.dst, o.n); }
+};
+
 // Service shapes have no driver: their rows name the function type itself, which no runner
 // instantiates.
 using engine::Allocate;

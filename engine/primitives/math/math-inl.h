@@ -1,0 +1,479 @@
+// The math kernels, written once against the vector layer.
+//
+// Bit-identical at every level: Abs, Sqr, Sqrt, Inverse, Round (single IEEE operations, or exact
+// ones). The others use fused multiply-adds where the level has them (avx2, avx512), so their
+// results may differ between levels within the function's accuracy class; sse2 to avx give the same
+// bits, and so do avx2 and avx512, except InverseF64Prec26 whose first approximation differs.
+//
+// Each transcendental kernel checks a whole vector for arguments outside its plain range with one
+// comparison; only vectors holding such lanes take the full path, which also calls the error hook.
+// Included once per level translation unit, inside which ZAL_LEVEL names the level.
+
+#include <cstddef>
+#include <limits>
+
+#include "engine/core/error_hook.h"
+#include "engine/core/primitive_declarations.h"
+#include "engine/primitives/math/math_constants-inl.h"
+#include "engine/simd/vec_math-inl.h"
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+// Arguments are checked before any memory is touched: null pointers first, then the length.
+template <class... Pointers>
+ZAL_INLINE EngStatus Check(int n, const Pointers*... pointers) {
+  if (!(pointers && ...)) return engStsNullPtrErr;
+  return n <= 0 ? engStsSizeErr : engStsNoErr;
+}
+
+// Vectors large enough to stream run out of line (see the arithmetic kernels).
+template <class T, class Op, class... Sources>
+ZAL_NOINLINE EngStatus MapLarge(Op op, T* dst, int n, Sources... src) {
+  Map<true>(op, dst, n, src...);
+  return engStsNoErr;
+}
+
+template <class T, class Op, class... Sources>
+ZAL_INLINE EngStatus Each(Op op, T* dst, int n, Sources... src) {
+  if (const EngStatus status = Check(n, src..., dst)) return status;
+  if (MayStream<T>(n)) return MapLarge(op, dst, n, src...);
+  Map<false>(op, dst, n, src...);
+  return engStsNoErr;
+}
+
+// Reports the lanes set in `lanes` of the vector starting at element `first`.
+ZAL_NOINLINE void Report(unsigned lanes, std::ptrdiff_t first, EngStatus code, const char* tag) {
+  for (int lane = 0; lanes; ++lane, lanes >>= 1) {
+    if (lanes & 1) ReportMathError(static_cast<int>(first + lane), code, tag);
+  }
+}
+
+// ---- Exact functions ----------------------------------------------------------------------------
+
+constexpr auto kAbs = [](auto x) { return Abs(x); };
+constexpr auto kSqr = [](auto x) { return x * x; };
+constexpr auto kSqrt = [](auto x) { return Sqrt(x); };
+constexpr auto kInverse = [](auto x) { return Constant<decltype(x)>(1.0) / x; };
+
+// Halves away from zero: the nearest-even neighbour of |x| is one too small exactly when |x| is
+// half past it. The sign goes back on last, so -0.4 gives -0.
+constexpr auto kRound = [](auto x) {
+  using V = decltype(x);
+  const V magnitude = Abs(x);
+  const V even = RoundNearestEven(magnitude);
+  const V up =
+      Select(Equal(magnitude - even, Constant<V>(0.5)), Constant<V>(1.0), Constant<V>(0.0));
+  return Or(even + up, SignOf(x));
+};
+
+// ---- Exponential --------------------------------------------------------------------------------
+
+// Float: e^x = 2^k e^r, r = x - k ln2 (Cody and Waite), e^r = 1 + r + r^2 q(r). x - k ln2_high
+// is exact; the low part joins the small terms, so that r itself is never rounded into the sum.
+ZAL_INLINE VF32 ExpF32Reduced(VF32 x, VF32& k) {
+  k = RoundNearestEven(x * Constant<VF32>(1.4426950408889634));
+  const VF32 r_high = MulAdd(k, Constant<VF32>(-kLn2HighF32), x);
+  const VF32 r_low = k * Constant<VF32>(-kLn2LowF32);
+  const VF32 r = r_high + r_low;
+  return (r_high + MulAdd(r * r, Polynomial(r, kExpF32), r_low)) + Constant<VF32>(1.0);
+}
+
+constexpr auto kExpF32Op = [](VF32 x) {
+  // Results normal: one power of two.
+  if (AllLanes<VF32>(LessEqual(Abs(x), Constant<VF32>(87.0)))) {
+    VF32 k;
+    const VF32 p = ExpF32Reduced(x, k);
+    return p * Pow2I(k);
+  }
+  // Overflow to +inf, underflow through the subnormals to +0, NaN kept.
+  VF32 clamped = Select(Less(x, Constant<VF32>(-104.0)), Constant<VF32>(-104.0), x);
+  clamped = Select(Less(Constant<VF32>(89.0), clamped), Constant<VF32>(89.0), clamped);
+  VF32 k;
+  const VF32 p = ExpF32Reduced(clamped, k);
+  return Select(Unordered(x, x), x + x, ScaleWide(p, k));
+};
+
+// Double: e^x = 2^e 2^(j/128) e^r, r = x - (128 e + j) ln2/128, |r| <= ln2/256, with the table
+// entry's tail folded into the polynomial. `extra` is a small correction to x (the low part of a
+// double-double argument, or 0).
+template <std::size_t N>
+ZAL_INLINE VF64 ExpF64Core(VF64 x, VF64 extra, const double (&tail)[N], bool wide) {
+  const VF64 kd = RoundNearestEven(x * Constant<VF64>(kExpSteps));
+  VF64 r = MulAdd(kd, Constant<VF64>(-kExpStepHigh), x);
+  r = MulAdd(kd, Constant<VF64>(-kExpStepLow), r) + extra;
+  const VF64 e = Floor(kd * Constant<VF64>(1.0 / 128));
+  const VF64 j2 = (kd - e * Constant<VF64>(128.0)) * Constant<VF64>(2.0);
+  const VF64 power = Gather(reinterpret_cast<const double*>(kExpTable), j2);
+  const VF64 q = MulAdd(r * r, Polynomial(r, tail), r) +
+                 Gather(reinterpret_cast<const double*>(kExpTable) + 1, j2);
+  // Scaled last: the small product power q must not fall below the normal range first.
+  const VF64 value = MulAdd(power, q, power);
+  return wide ? ScaleWide(value, e) : value * Pow2I(e);
+}
+
+// e^x for every x: overflow, subnormal results, NaN.
+template <std::size_t N>
+ZAL_INLINE VF64 ExpF64Wide(VF64 x, VF64 extra, const double (&tail)[N]) {
+  // NaN lanes compute e^0: their table index must stay in range.
+  VF64 clamped = Select(Unordered(x, x), Constant<VF64>(0.0), x);
+  clamped = Select(Less(clamped, Constant<VF64>(-746.0)), Constant<VF64>(-746.0), clamped);
+  clamped = Select(Less(Constant<VF64>(710.0), clamped), Constant<VF64>(710.0), clamped);
+  // Beyond the range the correction is meaningless, and may be an overflowed product's NaN.
+  const VF64 correction =
+      Select(LessEqual(Abs(x), Constant<VF64>(746.0)), extra, Constant<VF64>(0.0));
+  return Select(Unordered(x, x), x + x, ExpF64Core(clamped, correction, tail, true));
+}
+
+constexpr auto kExpF64Op = [](VF64 x) {
+  const VF64 zero = Constant<VF64>(0.0);
+  if (AllLanes<VF64>(LessEqual(Abs(x), Constant<VF64>(708.0)))) {
+    return ExpF64Core(x, zero, kExpTail5, false);
+  }
+  return ExpF64Wide(x, zero, kExpTail5);
+};
+
+// ---- Float logarithm
+// ------------------------------------------------------------------------------
+
+// ln x = k ln2 + ln(1 + f) for positive normal x, x = 2^k (1 + f), |f| <= sqrt(2) - 1. The
+// polynomial class picks the accuracy: a cubic tail f^3 p(f) after f - f^2/2, or f p(f).
+enum class LnF32Class { kFull, kBits24, kBits21, kBits11 };
+
+template <LnF32Class kClass>
+ZAL_INLINE VF32 LnF32Normal(VF32 x, VF32 offset) {
+  const ExponentSplit<VF32> split = SplitExponent(x);
+  const VF32 f = split.m - Constant<VF32>(1.0);
+  const VF32 k = split.k + offset;
+  if constexpr (kClass == LnF32Class::kBits11) {
+    return MulAdd(k, Constant<VF32>(0.6931471805599453), f * Polynomial(f, kLnF32Over11));
+  } else {
+    const VF32 f2 = f * f;
+    VF32 p;
+    if constexpr (kClass == LnF32Class::kFull) p = Polynomial(f, kLnF32Cubic);
+    if constexpr (kClass == LnF32Class::kBits24) p = Polynomial(f, kLnF32Cubic24);
+    if constexpr (kClass == LnF32Class::kBits21) p = Polynomial(f, kLnF32Cubic21);
+    const VF32 tail = MulAdd(f2 * f, p, Constant<VF32>(-0.5) * f2);
+    if constexpr (kClass == LnF32Class::kFull) {
+      // The small terms first, then f, then the exact k ln2_high.
+      return MulAdd(k, Constant<VF32>(kLn2HighF32),
+                    f + MulAdd(k, Constant<VF32>(kLn2LowF32), tail));
+    } else {
+      return MulAdd(k, Constant<VF32>(0.6931471805599453), f + tail);
+    }
+  }
+}
+
+template <LnF32Class kClass>
+struct LnF32Op {
+  ZAL_INLINE VF32 operator()(VF32 x) const {
+    const VF32 min_normal = Constant<VF32>(std::numeric_limits<float>::min());
+    const VF32 max_finite = Constant<VF32>(std::numeric_limits<float>::max());
+    const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
+    const VF32 zero = Constant<VF32>(0.0);
+    if (AllLanes<VF32>(normal)) return LnF32Normal<kClass>(x, zero);
+    // Subnormals scaled by 2^24 into the normal range; every other lane computes ln 1.
+    const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
+    const VF32 scaled = Select(subnormal, x * Constant<VF32>(16777216.0), x);
+    VF32 y = LnF32Normal<kClass>(Select(normal | subnormal, scaled, Constant<VF32>(1.0)),
+                                 Select(subnormal, Constant<VF32>(-24.0), zero));
+    const VF32 nan = FromBits<VF32>(0xFFC00000u);
+    y = Select(Less(x, zero), nan, y);
+    y = Select(Equal(x, zero), Constant<VF32>(-std::numeric_limits<float>::infinity()), y);
+    y = Select(Less(max_finite, x), x, y);
+    return Select(Unordered(x, x), x + x, y);
+  }
+};
+
+// ---- Double logarithm
+// -----------------------------------------------------------------------------
+
+// ln x = e ln2 - ln c + ln(1 + r), r = m c - 1 exact, as hi + lo: hi = e ln2_high - ln c_high + r
+// (whose first sum is exact and whose second Fast2Sum captures), lo the rest. For positive normal
+// x, with `offset` added to the exponent. The tail polynomial is ln(1+r) - r over r^2, or, for the
+// double-double result, (ln(1+r) - r + r^2/2) over r^3.
+template <bool kDoubleDouble = false, std::size_t N>
+ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
+  const VF64 one = Constant<VF64>(1.0);
+  const VF64 m = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
+  const VF64 e = ExponentField(x) - Constant<VF64>(1023.0) + offset;
+  // The index rounds the top ten fraction bits to an even number of 1024ths: m_i = 1 + i/512.
+  const VF64 i = Floor(MulAdd(m - one, Constant<VF64>(512.0), Constant<VF64>(0.5)));
+  const VF64 m_i = MulAdd(i, Constant<VF64>(1.0 / 512), one);
+  const VF64 i3 = i * Constant<VF64>(3.0);
+  const VF64 c = Gather(reinterpret_cast<const double*>(kLnTable), i3);
+  const VF64 r = MulAdd(m - m_i, c, MulAdd(m_i, c, Negate(one)));
+  const VF64 w = MulAdd(e, Constant<VF64>(kLn2High),
+                        Gather(reinterpret_cast<const double*>(kLnTable) + 1, i3));
+  const Sum<VF64> head = FastTwoSum(w, r);
+  const VF64 low =
+      MulAdd(e, Constant<VF64>(kLn2Low), Gather(reinterpret_cast<const double*>(kLnTable) + 2, i3));
+  const VF64 r2 = r * r;
+  if constexpr (kDoubleDouble) {
+    // -r^2/2 may be 2^-9 of the result where hi cancels: it joins hi exactly, its rounding
+    // error the low part.
+    const Sum<VF64> sum = FastTwoSum(head.hi, Constant<VF64>(-0.5) * r2);
+    const VF64 r2_error = ProductError(r, r, r2);
+    return {sum.hi, head.lo + sum.lo + low +
+                        MulAdd(Constant<VF64>(-0.5), r2_error, r2 * r * Polynomial(r, tail))};
+  } else {
+    return {head.hi, head.lo + low + r2 * Polynomial(r, tail)};
+  }
+}
+
+// The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
+// NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52.
+struct LnF64Op {
+  std::ptrdiff_t* next;
+  ZAL_INLINE VF64 operator()(VF64 x) const {
+    const std::ptrdiff_t first = *next;
+    *next = first + VF64::kLanes;
+    const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
+    const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
+    const VF64 zero = Constant<VF64>(0.0);
+    const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
+    if (AllLanes<VF64>(normal)) {
+      const Sum<VF64> ln = LnF64Parts(x, zero, kLog1pTail6);
+      return ln.hi + ln.lo;
+    }
+    const auto pole = Equal(x, zero);
+    const auto domain = Less(x, zero);
+    const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
+    const VF64 scaled = Select(subnormal, x * Constant<VF64>(4503599627370496.0), x);
+    const Sum<VF64> ln = LnF64Parts(Select(normal | subnormal, scaled, Constant<VF64>(1.0)),
+                                    Select(subnormal, Constant<VF64>(-52.0), zero), kLog1pTail6);
+    VF64 y = ln.hi + ln.lo;
+    y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
+    y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
+    y = Select(Less(max_finite, x), x, y);
+    y = Select(Unordered(x, x), x * Constant<VF64>(1.0), y);
+    if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
+    if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
+    return y;
+  }
+};
+
+// ---- Power -------------------------------------------------------------------------------------
+
+// |x|^y = e^(y ln|x|). Accurate: ln|x| as a double-double, the product y ln|x| too, so that the
+// exponential's argument carries about 2^-64 relative error. Fast: plain doubles, ~2^-30.
+enum class PowClass { kAccurate, kFast };
+
+// The exponential's argument stays within +-708 in all but extreme cases, which take the wide path.
+template <std::size_t N>
+ZAL_INLINE VF64 ExpOfProduct(VF64 product, VF64 product_low, const double (&tail)[N]) {
+  if (AllLanes<VF64>(LessEqual(Abs(product), Constant<VF64>(708.0)))) {
+    return ExpF64Core(product, product_low, tail, false);
+  }
+  return ExpF64Wide(product, product_low, tail);
+}
+
+template <PowClass kClass>
+ZAL_INLINE VF64 PowMagnitude(VF64 ax, VF64 offset, VF64 y) {
+  if constexpr (kClass == PowClass::kAccurate) {
+    const Sum<VF64> parts = LnF64Parts<true>(ax, offset, kLog1pCubic7);
+    const Sum<VF64> ln = FastTwoSum(parts.hi, parts.lo);
+    const VF64 product = y * ln.hi;
+    return ExpOfProduct(product, MulAdd(y, ln.lo, ProductError(y, ln.hi, product)), kExpTail5);
+  } else {
+    const Sum<VF64> parts = LnF64Parts(ax, offset, kLog1pTail4);
+    return ExpOfProduct(y * (parts.hi + parts.lo), Constant<VF64>(0.0), kExpTail3);
+  }
+}
+
+// Every IEEE special case of pow, for a vector holding at least one lane outside the plain range
+// (x positive normal, |y| < 2^1000). Reports poles (±0 to a negative power) and
+// domain errors (a negative x to a finite non-integral power) when `tag` is not null.
+template <PowClass kClass>
+ZAL_NOINLINE void PowSpecial(const double* xs, const double* ys, double* out, std::ptrdiff_t first,
+                             const char* tag) {
+  const VF64 x = Load(xs);
+  const VF64 y = Load(ys);
+  const VF64 zero = Constant<VF64>(0.0);
+  const VF64 one = Constant<VF64>(1.0);
+  const VF64 inf = Constant<VF64>(std::numeric_limits<double>::infinity());
+  const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
+  const VF64 ax = Abs(x);
+  const VF64 ay = Abs(y);
+  const auto x_normal = LessEqual(min_normal, ax) & Less(ax, inf);
+  const auto x_subnormal = AndNot(Equal(ax, zero), Less(ax, min_normal));
+  const auto y_finite = Less(ay, inf);
+  const VF64 base = Select(x_normal, ax, Select(x_subnormal, ax * Constant<VF64>(0x1p52), one));
+  const VF64 offset = Select(x_subnormal, Constant<VF64>(-52.0), zero);
+  VF64 r = PowMagnitude<kClass>(base, offset, Select(y_finite, y, zero));
+
+  // Integral y (every |y| >= 2^53 is, and even); odd ones keep the sign of a negative x.
+  const auto y_integral = Equal(RoundNearestEven(y), y) & y_finite;
+  const VF64 half_y = y * Constant<VF64>(0.5);
+  const auto y_odd = AndNot(Equal(RoundNearestEven(half_y), half_y), y_integral);
+  const auto x_negative = Less(x, zero);
+  // The sign bit decides for zeros too: (-0)^-3 is -inf.
+  const auto negate = Less(Or(SignOf(x), one), zero) & y_odd;
+  r = Select(negate, Negate(r), r);
+  const auto domain = AndNot(y_integral, x_negative & Less(ax, inf) & y_finite);
+  r = Select(domain, FromBits<VF64>(0xFFF8000000000000u), r);
+
+  // x = ±0 or ±inf: 0 or inf by the sign of y (inverted for inf), signed for odd y.
+  const auto y_negative = Less(y, zero);
+  const auto x_zero = Equal(ax, zero);
+  const auto x_inf = Equal(ax, inf);
+  const auto to_inf = (x_zero & y_negative) | (x_inf & Less(zero, y));
+  const VF64 extreme = Select(to_inf, inf, zero);
+  r = Select(x_zero | x_inf, Select(negate, Negate(extreme), extreme), r);
+
+  // y = ±inf: 1 for |x| = 1, else 0 or inf by whether |x| and |y|'s sign grow together.
+  const auto y_inf = Equal(ay, inf);
+  const auto grows = AndNot(y_negative, Less(one, ax)) | (y_negative & Less(ax, one));
+  r = Select(y_inf, Select(Equal(ax, one), one, Select(grows, inf, zero)), r);
+
+  r = Select(Unordered(x, y), x + y, r);
+  r = Select(Equal(y, zero) | Equal(x, one), one, r);
+  Store(out, r);
+  if (tag) {
+    if (const unsigned lanes = LaneBits(x_zero & y_negative)) {
+      Report(lanes, first, engStsSingularity, tag);
+    }
+    if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, tag);
+  }
+}
+
+template <PowClass kClass>
+ZAL_INLINE VF64 PowF64Vector(VF64 x, VF64 y, std::ptrdiff_t first, const char* tag) {
+  const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
+  const VF64 inf = Constant<VF64>(std::numeric_limits<double>::infinity());
+  // |y| < 2^1000 keeps the product's error term (Dekker's splitting of y) finite.
+  const auto plain =
+      LessEqual(min_normal, x) & Less(x, inf) & Less(Abs(y), Constant<VF64>(0x1p1000));
+  if (AllLanes<VF64>(plain)) return PowMagnitude<kClass>(x, Constant<VF64>(0.0), y);
+  alignas(64) double xs[VF64::kLanes];
+  alignas(64) double ys[VF64::kLanes];
+  alignas(64) double out[VF64::kLanes];
+  Store(xs, x);
+  Store(ys, y);
+  PowSpecial<kClass>(xs, ys, out, first, tag);
+  return Load(out);
+}
+
+template <PowClass kClass>
+struct PowF64Op {
+  std::ptrdiff_t* next;
+  ZAL_INLINE VF64 operator()(VF64 x, VF64 y) const {
+    const std::ptrdiff_t first = *next;
+    *next = first + VF64::kLanes;
+    return PowF64Vector<kClass>(x, y, first, "Pow64");
+  }
+};
+
+// Float: the fast double power on each half, which is within 2^-29 before the final rounding.
+constexpr auto kPowF32Op = [](VF32 x, VF32 y) {
+  return JoinToF32(PowF64Vector<PowClass::kFast>(LowerToF64(x), LowerToF64(y), 0, nullptr),
+                   PowF64Vector<PowClass::kFast>(UpperToF64(x), UpperToF64(y), 0, nullptr));
+};
+
+// ---- Reciprocal, 26 bits
+// -------------------------------------------------------------------------
+
+// The level's approximate reciprocal, refined by Newton steps y += y (1 - x y), each of which
+// doubles the correct bits. Magnitudes outside the normal float range divide.
+constexpr auto kInverseF64Prec26Op = [](VF64 x) {
+  const VF64 ax = Abs(x);
+  const auto in_range =
+      LessEqual(Constant<VF64>(0x1p-125), ax) & LessEqual(ax, Constant<VF64>(0x1p125));
+  if (!AllLanes<VF64>(in_range)) return Constant<VF64>(1.0) / x;
+  const VF64 one = Constant<VF64>(1.0);
+  VF64 y = ApproxReciprocal(x);
+  for (int bits = kApproxReciprocalBits; bits < 27; bits *= 2)
+    y = MulAdd(y, MulAdd(Negate(x), y, one), y);
+  return y;
+};
+
+}  // namespace
+
+EngStatus AbsF32(const float* s, float* d, int n) {
+  return Each(kAbs, d, n, s);
+}
+EngStatus AbsF64(const double* s, double* d, int n) {
+  return Each(kAbs, d, n, s);
+}
+EngStatus AbsF32InPlace(float* d, int n) {
+  return Each(kAbs, d, n, static_cast<const float*>(d));
+}
+EngStatus AbsF64InPlace(double* d, int n) {
+  return Each(kAbs, d, n, static_cast<const double*>(d));
+}
+EngStatus SqrF32(const float* s, float* d, int n) {
+  return Each(kSqr, d, n, s);
+}
+EngStatus SqrF64(const double* s, double* d, int n) {
+  return Each(kSqr, d, n, s);
+}
+EngStatus SqrF32InPlace(float* d, int n) {
+  return Each(kSqr, d, n, static_cast<const float*>(d));
+}
+EngStatus SqrF64InPlace(double* d, int n) {
+  return Each(kSqr, d, n, static_cast<const double*>(d));
+}
+EngStatus SqrtF32(const float* s, float* d, int n) {
+  return Each(kSqrt, d, n, s);
+}
+EngStatus SqrtF64(const double* s, double* d, int n) {
+  return Each(kSqrt, d, n, s);
+}
+EngStatus SqrtF32InPlace(float* d, int n) {
+  return Each(kSqrt, d, n, static_cast<const float*>(d));
+}
+EngStatus SqrtF64InPlace(double* d, int n) {
+  return Each(kSqrt, d, n, static_cast<const double*>(d));
+}
+EngStatus InverseF32(const float* s, float* d, int n) {
+  return Each(kInverse, d, n, s);
+}
+EngStatus InverseF64(const double* s, double* d, int n) {
+  return Each(kInverse, d, n, s);
+}
+EngStatus InverseF64Prec26(const double* s, double* d, int n) {
+  return Each(kInverseF64Prec26Op, d, n, s);
+}
+EngStatus RoundF32(const float* s, float* d, int n) {
+  return Each(kRound, d, n, s);
+}
+EngStatus RoundF64(const double* s, double* d, int n) {
+  return Each(kRound, d, n, s);
+}
+EngStatus ExpF32(const float* s, float* d, int n) {
+  return Each(kExpF32Op, d, n, s);
+}
+EngStatus ExpF64(const double* s, double* d, int n) {
+  return Each(kExpF64Op, d, n, s);
+}
+EngStatus LnF32(const float* s, float* d, int n) {
+  return Each(LnF32Op<LnF32Class::kFull>{}, d, n, s);
+}
+EngStatus LnF32Prec24(const float* s, float* d, int n) {
+  return Each(LnF32Op<LnF32Class::kBits24>{}, d, n, s);
+}
+EngStatus LnF32Prec21(const float* s, float* d, int n) {
+  return Each(LnF32Op<LnF32Class::kBits21>{}, d, n, s);
+}
+EngStatus LnF32Prec11(const float* s, float* d, int n) {
+  return Each(LnF32Op<LnF32Class::kBits11>{}, d, n, s);
+}
+EngStatus LnF64(const double* s, double* d, int n) {
+  std::ptrdiff_t next = 0;
+  return Each(LnF64Op{&next}, d, n, s);
+}
+EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
+  return Each(kPowF32Op, d, n, base, exponent);
+}
+EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
+  std::ptrdiff_t next = 0;
+  return Each(PowF64Op<PowClass::kAccurate>{&next}, d, n, base, exponent);
+}
+EngStatus PowF64Prec26(const double* base, const double* exponent, double* d, int n) {
+  std::ptrdiff_t next = 0;
+  return Each(PowF64Op<PowClass::kFast>{&next}, d, n, base, exponent);
+}
+
+}  // namespace zal::engine::ZAL_LEVEL
+
+ZAL_MATH_PRIMITIVES(ZAL_CHECK_SHAPE)
