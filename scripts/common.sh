@@ -21,3 +21,6 @@ ensure_packages() {
 }
 
 ZAL_BUILD_PACKAGES=(g++ cmake ninja-build binutils git)
+
+# The transforms' test oracle and benchmark peer.
+ZAL_FFT_PACKAGES=(libfftw3-dev)
