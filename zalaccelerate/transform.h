@@ -75,9 +75,9 @@ ZAL_FFT_STATE_RECORD(FFTState_Complex_Double_Deinterleaved)
 // FFTGetBufSize(state, &size): size = state->workSize.
 // FFTFree(state): releases the prepared tables and clears specBlock; the record stays the
 // caller's and must not be used for transforms again. A second FFTFree is harmless.
-#define ZAL_FFT_LIFECYCLE(State)                                           \
-  ZAL_API void FFTInit(State** state, unsigned int order);                 \
-  ZAL_API void FFTGetBufSize(const State* state, unsigned int* size);      \
+#define ZAL_FFT_LIFECYCLE(State)                                      \
+  ZAL_API void FFTInit(State** state, unsigned int order);            \
+  ZAL_API void FFTGetBufSize(const State* state, unsigned int* size); \
   ZAL_API void FFTFree(State* state);
 ZAL_FFT_LIFECYCLE(FFTState_Float)
 ZAL_FFT_LIFECYCLE(FFTState_Double)
@@ -151,7 +151,7 @@ class ZAL_API FFTImpl {
   unsigned char* workBuffer_;
 };
 
-extern template class FFTImpl<FFTState_Complex_Double_Deinterleaved, std::complex<double>>;
-extern template class FFTImpl<FFTState_Complex_Float_Deinterleaved, std::complex<float>>;
+extern template class ZAL_API FFTImpl<FFTState_Complex_Double_Deinterleaved, std::complex<double>>;
+extern template class ZAL_API FFTImpl<FFTState_Complex_Float_Deinterleaved, std::complex<float>>;
 
 }  // namespace zalaccelerate::transform

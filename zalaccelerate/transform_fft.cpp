@@ -42,8 +42,8 @@ void Prepare(State** state, unsigned int order, zal::engine::FFTGetSize& get_siz
     }
   }
   auto** handle = reinterpret_cast<FFTSpec**>(&record->engineHandle);
-  const EngStatus status = init(handle, engine_order, zal::engine::kFFTDivInvByN, kHintFast,
-                                spec_block, init_buffer);
+  const EngStatus status =
+      init(handle, engine_order, zal::engine::kFFTDivInvByN, kHintFast, spec_block, init_buffer);
   dispatch::Free(init_buffer);
   if (status != engStsNoErr) {
     dispatch::Free(spec_block);
@@ -68,15 +68,15 @@ void Release(State* state) {
 
 }  // namespace
 
-#define ZAL_FFT_LIFECYCLE(State, K)                                    \
-  void FFTInit(State** state, unsigned int order) {                    \
+#define ZAL_FFT_LIFECYCLE(State, K)                                       \
+  void FFTInit(State** state, unsigned int order) {                       \
     Prepare(state, order, dispatch::FFTGetSize##K, dispatch::FFTInit##K); \
-  }                                                                    \
-  void FFTGetBufSize(const State* state, unsigned int* size) {         \
-    *size = state->workSize;                                           \
-  }                                                                    \
-  void FFTFree(State* state) {                                         \
-    Release(state);                                                    \
+  }                                                                       \
+  void FFTGetBufSize(const State* state, unsigned int* size) {            \
+    *size = state->workSize;                                              \
+  }                                                                       \
+  void FFTFree(State* state) {                                            \
+    Release(state);                                                       \
   }
 ZAL_FFT_LIFECYCLE(FFTState_Float, RealF32)
 ZAL_FFT_LIFECYCLE(FFTState_Double, RealF64)

@@ -135,8 +135,7 @@ ZAL_INLINE Cx<V> BroadcastRoot(const T* root) {
 // One Stockham radix-4 pass: sub-transforms of `span` points `stride` vectors apart. kTwiddled
 // is false for the last pass (span 4), whose roots are all 1.
 template <bool kTwiddled, class V, class T, class In>
-ZAL_NOINLINE void Radix4Pass(In in, T* out_re, T* out_im, int span, int stride,
-                             const T* roots) {
+ZAL_NOINLINE void Radix4Pass(In in, T* out_re, T* out_im, int span, int stride, const T* roots) {
   const SplitOut<V, T, false> out{out_re, out_im};
   const std::ptrdiff_t quarter = span / 4;
   const std::ptrdiff_t s = stride;
@@ -235,8 +234,8 @@ ZAL_INLINE void LanesTransform(Cx<V>* x, const T* roots) {
 
 // Step 2 for the rows in block b: twiddle, transpose, lanes-point transform, store.
 template <bool kScaled, class V, class T, class Out>
-ZAL_NOINLINE void LanesPass(const T* in_re, const T* in_im, Out out, int rows,
-                            const T* row_roots, const T* lane_roots, T scale) {
+ZAL_NOINLINE void LanesPass(const T* in_re, const T* in_im, Out out, int rows, const T* row_roots,
+                            const T* lane_roots, T scale) {
   constexpr int kW = V::kLanes;
   constexpr int kBits = Log2(kW);
   const std::ptrdiff_t blocks = rows / kW;
@@ -297,8 +296,8 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
 // even/odd pairs, into the packed layout. With E = Z[k] + conj Z[H-k], D = Z[k] - conj Z[H-k]
 // and t = w^k (-i D): X[k] = (E + t) / 2 and X[H-k] = conj(E - t) / 2.
 template <class V, class T>
-ZAL_NOINLINE void SeparateHalves(const T* z_re, const T* z_im, T* dst, int half,
-                                 const T* roots_re, const T* roots_im) {
+ZAL_NOINLINE void SeparateHalves(const T* z_re, const T* z_im, T* dst, int half, const T* roots_re,
+                                 const T* roots_im) {
   constexpr int kW = V::kLanes;
   const std::ptrdiff_t h = half;
   dst[0] = z_re[0] + z_im[0];

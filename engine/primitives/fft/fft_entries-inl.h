@@ -168,8 +168,8 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
     } else {
       // The core's result goes to the buffer its last pass did not write.
       T* z = buffers + ((spec->pass_count & 1) ? 2 * n : 0);
-      RunCore<false, V>(*spec, PairsIn<V, T, false>{src}, SplitOut<V, T, false>{z, z + n},
-                        buffers, T(1));
+      RunCore<false, V>(*spec, PairsIn<V, T, false>{src}, SplitOut<V, T, false>{z, z + n}, buffers,
+                        T(1));
       SeparateHalves<V>(z, z + n, dst, spec->core_length, roots_re, roots_im);
     }
   });
@@ -177,53 +177,51 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
 }
 
 // The primitives of one kind, defined by the includer outside the anonymous namespace.
-#define ZAL_FFT_SETUP(K, T)                                                               \
-  EngStatus FFTGetSize##K(int order, int flag, int, int* spec_size, int* init_size,             \
-                          int* work_size) {                                                     \
-    return GetSizes<T>(FFTKind::k##K, order, flag, spec_size, init_size, work_size);                     \
-  }                                                                                             \
-  EngStatus FFTInit##K(FFTSpec** spec, int order, int flag, int, unsigned char* block,          \
-                       unsigned char*) {                                                        \
-    return Prepare<T>(FFTKind::k##K, spec, order, flag, block);                                          \
+#define ZAL_FFT_SETUP(K, T)                                                            \
+  EngStatus FFTGetSize##K(int order, int flag, int, int* spec_size, int* init_size,    \
+                          int* work_size) {                                            \
+    return GetSizes<T>(FFTKind::k##K, order, flag, spec_size, init_size, work_size);   \
+  }                                                                                    \
+  EngStatus FFTInit##K(FFTSpec** spec, int order, int flag, int, unsigned char* block, \
+                       unsigned char*) {                                               \
+    return Prepare<T>(FFTKind::k##K, spec, order, flag, block);                        \
   }
 
-#define ZAL_FFT_REAL_PRIMITIVES(K, T)                                                           \
-  ZAL_FFT_SETUP(K, T)                                                        \
-  EngStatus FFTFwd##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) {         \
-    return RealTransform<false>(FFTKind::k##K, src, dst, spec, work);                       \
-  }                                                                                             \
-  EngStatus FFTInv##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) {         \
-    return RealTransform<true>(FFTKind::k##K, src, dst, spec, work);                        \
+#define ZAL_FFT_REAL_PRIMITIVES(K, T)                                                   \
+  ZAL_FFT_SETUP(K, T)                                                                   \
+  EngStatus FFTFwd##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) { \
+    return RealTransform<false>(FFTKind::k##K, src, dst, spec, work);                   \
+  }                                                                                     \
+  EngStatus FFTInv##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) { \
+    return RealTransform<true>(FFTKind::k##K, src, dst, spec, work);                    \
   }
 
-#define ZAL_FFT_COMPLEX_PRIMITIVES(K, T, E)                                                     \
-  ZAL_FFT_SETUP(K, T)                                                     \
-  EngStatus FFTFwd##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) {         \
-    return ComplexTransform<false>(FFTKind::k##K, reinterpret_cast<const T*>(src),       \
-                                   reinterpret_cast<T*>(dst), spec, work);                      \
-  }                                                                                             \
-  EngStatus FFTInv##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) {         \
-    return ComplexTransform<true>(FFTKind::k##K, reinterpret_cast<const T*>(src),        \
-                                  reinterpret_cast<T*>(dst), spec, work);                       \
+#define ZAL_FFT_COMPLEX_PRIMITIVES(K, T, E)                                             \
+  ZAL_FFT_SETUP(K, T)                                                                   \
+  EngStatus FFTFwd##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) { \
+    return ComplexTransform<false>(FFTKind::k##K, reinterpret_cast<const T*>(src),      \
+                                   reinterpret_cast<T*>(dst), spec, work);              \
+  }                                                                                     \
+  EngStatus FFTInv##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) { \
+    return ComplexTransform<true>(FFTKind::k##K, reinterpret_cast<const T*>(src),       \
+                                  reinterpret_cast<T*>(dst), spec, work);               \
   }
 
-#define ZAL_FFT_SPLIT_PRIMITIVES(K, T)                                                          \
-  ZAL_FFT_SETUP(K, T)                                                \
-  EngStatus FFTFwd##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im,            \
-                             const FFTSpec* spec, unsigned char* work) {                        \
-    return SplitTransform<false>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec,      \
-                                 work);                                                         \
-  }                                                                                             \
-  EngStatus FFTInv##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im,            \
-                             const FFTSpec* spec, unsigned char* work) {                        \
-    return SplitTransform<true>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec,       \
-                                work);                                                          \
+#define ZAL_FFT_SPLIT_PRIMITIVES(K, T)                                                             \
+  ZAL_FFT_SETUP(K, T)                                                                              \
+  EngStatus FFTFwd##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im, const FFTSpec* spec, \
+                      unsigned char* work) {                                                       \
+    return SplitTransform<false>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec, work);       \
+  }                                                                                                \
+  EngStatus FFTInv##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im, const FFTSpec* spec, \
+                      unsigned char* work) {                                                       \
+    return SplitTransform<true>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec, work);        \
   }
 
-#define ZAL_FFT_ALL_PRIMITIVES                       \
-  ZAL_FFT_REAL_PRIMITIVES(RealF32, float)                \
-  ZAL_FFT_REAL_PRIMITIVES(RealF64, double)               \
+#define ZAL_FFT_ALL_PRIMITIVES                              \
+  ZAL_FFT_REAL_PRIMITIVES(RealF32, float)                   \
+  ZAL_FFT_REAL_PRIMITIVES(RealF64, double)                  \
   ZAL_FFT_COMPLEX_PRIMITIVES(ComplexF32, float, Complex32)  \
   ZAL_FFT_COMPLEX_PRIMITIVES(ComplexF64, double, Complex64) \
-  ZAL_FFT_SPLIT_PRIMITIVES(SplitF32, float)               \
+  ZAL_FFT_SPLIT_PRIMITIVES(SplitF32, float)                 \
   ZAL_FFT_SPLIT_PRIMITIVES(SplitF64, double)
