@@ -23,7 +23,7 @@
 // Elementwise arithmetic: dst = first + second, second - first, first * second, second / first;
 // AddProduct accumulates first * second into dst. Constant forms: src + c, src - c, c - src
 // (Rev), src * c, src / c, c / src (DivConstantRev). InPlace forms read and write src_dst.
-#define ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, T, E)                     \
+#define ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, T, E)                         \
   X(arithmetic, Add##E, Binary<T>, kExact)                              \
   X(arithmetic, Sub##E, Binary<T>, kExact)                              \
   X(arithmetic, Mul##E, Binary<T>, kExact)                              \
@@ -44,12 +44,12 @@
   X(arithmetic, DivConstant##E##InPlace, ConstantInPlace<T>, kExact)
 
 #define ZAL_ARITHMETIC_PRIMITIVES(X)                                             \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, float, F32)                              \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, float, F32)                                  \
   X(arithmetic, AddConstantProductF32, WithConstant<float>, kExact)              \
   X(arithmetic, DivConstantRevF32, WithConstant<float>, kExact)                  \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, double, F64)                             \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, double, F64)                                 \
   X(arithmetic, AddF64InPlace, BinaryInPlace<double>, kExact)                    \
-  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, Complex32, C32)                          \
+  ZAL_ARITHMETIC_BY_VALUE_PRIMITIVES(X, Complex32, C32)                              \
   X(arithmetic, AddC32InPlace, BinaryInPlace<Complex32>, kExact)                 \
   X(arithmetic, AddC64, Binary<Complex64>, kExact)                               \
   X(arithmetic, SubC64, Binary<Complex64>, kExact)                               \
