@@ -1,0 +1,8 @@
+"""Per-family comparisons of the library with its peers, run by bench/compare."""
+
+from . import arithmetic
+
+# Every family bench/compare knows, by the name given on its command line.
+FAMILIES = {
+    "arithmetic": arithmetic,
+}
