@@ -13,10 +13,15 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
+// The transposes' loops run over register arrays: unrolled, the arrays stay in registers.
+#if defined(__GNUC__)
+#define ZAL_UNROLL_FULLY _Pragma("GCC unroll 16")
+#else
+#define ZAL_UNROLL_FULLY
+#endif
+
 namespace zal::engine::ZAL_LEVEL {
 namespace {
-
-inline constexpr bool kHasFma = ZAL_LEVEL_INDEX >= 4;
 
 // a * b + c and a * b - c, rounded once where the level has FMA.
 ZAL_INLINE VF32 FusedMulAdd(VF32 a, VF32 b, VF32 c) {
@@ -148,6 +153,7 @@ ZAL_INLINE void Zip(V re, V im, V& a, V& b) {
 ZAL_INLINE void Transpose(VF32* v) {
 #if ZAL_LEVEL_INDEX >= 5
   __m512 u[16];
+  ZAL_UNROLL_FULLY
   for (int g = 0; g < 16; g += 4) {
     const __m512 t0 = _mm512_unpacklo_ps(v[g].raw, v[g + 1].raw);
     const __m512 t1 = _mm512_unpackhi_ps(v[g].raw, v[g + 1].raw);
@@ -158,6 +164,7 @@ ZAL_INLINE void Transpose(VF32* v) {
     u[g + 2] = _mm512_castpd_ps(_mm512_unpacklo_pd(_mm512_castps_pd(t1), _mm512_castps_pd(t3)));
     u[g + 3] = _mm512_castpd_ps(_mm512_unpackhi_pd(_mm512_castps_pd(t1), _mm512_castps_pd(t3)));
   }
+  ZAL_UNROLL_FULLY
   for (int c = 0; c < 4; ++c) {
     const __m512 x0 = _mm512_shuffle_f32x4(u[c], u[4 + c], _MM_SHUFFLE(1, 0, 1, 0));
     const __m512 x1 = _mm512_shuffle_f32x4(u[c], u[4 + c], _MM_SHUFFLE(3, 2, 3, 2));
@@ -170,6 +177,7 @@ ZAL_INLINE void Transpose(VF32* v) {
   }
 #elif ZAL_LEVEL_INDEX >= 3
   __m256 s[8];
+  ZAL_UNROLL_FULLY
   for (int g = 0; g < 8; g += 4) {
     const __m256 t0 = _mm256_unpacklo_ps(v[g].raw, v[g + 1].raw);
     const __m256 t1 = _mm256_unpackhi_ps(v[g].raw, v[g + 1].raw);
@@ -180,6 +188,7 @@ ZAL_INLINE void Transpose(VF32* v) {
     s[g + 2] = _mm256_shuffle_ps(t1, t3, _MM_SHUFFLE(1, 0, 1, 0));
     s[g + 3] = _mm256_shuffle_ps(t1, t3, _MM_SHUFFLE(3, 2, 3, 2));
   }
+  ZAL_UNROLL_FULLY
   for (int c = 0; c < 4; ++c) {
     v[c].raw = _mm256_permute2f128_ps(s[c], s[4 + c], 0x20);
     v[4 + c].raw = _mm256_permute2f128_ps(s[c], s[4 + c], 0x31);
@@ -198,10 +207,12 @@ ZAL_INLINE void Transpose(VF32* v) {
 ZAL_INLINE void Transpose(VF64* v) {
 #if ZAL_LEVEL_INDEX >= 5
   __m512d u[8];
+  ZAL_UNROLL_FULLY
   for (int g = 0; g < 8; g += 2) {
     u[g] = _mm512_unpacklo_pd(v[g].raw, v[g + 1].raw);
     u[g + 1] = _mm512_unpackhi_pd(v[g].raw, v[g + 1].raw);
   }
+  ZAL_UNROLL_FULLY
   for (int c = 0; c < 2; ++c) {
     const __m512d x0 = _mm512_shuffle_f64x2(u[c], u[2 + c], _MM_SHUFFLE(1, 0, 1, 0));
     const __m512d x1 = _mm512_shuffle_f64x2(u[c], u[2 + c], _MM_SHUFFLE(3, 2, 3, 2));
