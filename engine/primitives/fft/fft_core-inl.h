@@ -127,6 +127,26 @@ struct PairsOut {
   }
 };
 
+// The passes' own buffers hold point e as its real vector followed by its imaginary one: one
+// address per point keeps the four streams of a radix-4 pass within the general registers.
+template <class V, class T>
+struct BlocksIn {
+  const T* blocks;
+  ZAL_INLINE Cx<V> operator()(std::ptrdiff_t e) const {
+    const T* p = blocks + 2 * e * V::kLanes;
+    return {LoadLanes<V>(p), LoadLanes<V>(p + V::kLanes)};
+  }
+};
+template <class V, class T>
+struct BlocksOut {
+  T* blocks;
+  ZAL_INLINE void operator()(std::ptrdiff_t e, Cx<V> x) const {
+    T* p = blocks + 2 * e * V::kLanes;
+    StoreLanes(p, x.re);
+    StoreLanes(p + V::kLanes, x.im);
+  }
+};
+
 template <class V, class T>
 ZAL_INLINE Cx<V> BroadcastRoot(const T* root) {
   return {BroadcastLanes<V>(root[0]), BroadcastLanes<V>(root[1])};
@@ -135,8 +155,8 @@ ZAL_INLINE Cx<V> BroadcastRoot(const T* root) {
 // One Stockham radix-4 pass: sub-transforms of `span` points `stride` vectors apart. kTwiddled
 // is false for the last pass (span 4), whose roots are all 1.
 template <bool kTwiddled, class V, class T, class In>
-ZAL_NOINLINE void Radix4Pass(In in, T* out_re, T* out_im, int span, int stride, const T* roots) {
-  const SplitOut<V, T, false> out{out_re, out_im};
+ZAL_NOINLINE void Radix4Pass(In in, T* out_blocks, int span, int stride, const T* roots) {
+  const BlocksOut<V, T> out{out_blocks};
   const std::ptrdiff_t quarter = span / 4;
   const std::ptrdiff_t s = stride;
   for (std::ptrdiff_t p = 0; p < quarter; ++p) {
@@ -174,8 +194,8 @@ ZAL_NOINLINE void Radix4Pass(In in, T* out_re, T* out_im, int span, int stride, 
 
 // The closing radix-2 pass of an odd order: span 2, roots 1.
 template <class V, class T, class In>
-ZAL_NOINLINE void Radix2Pass(In in, T* out_re, T* out_im, int stride) {
-  const SplitOut<V, T, false> out{out_re, out_im};
+ZAL_NOINLINE void Radix2Pass(In in, T* out_blocks, int stride) {
+  const BlocksOut<V, T> out{out_blocks};
   for (std::ptrdiff_t q = 0; q < stride; ++q) {
     const Cx<V> a = in(q);
     const Cx<V> b = in(q + stride);
@@ -185,13 +205,13 @@ ZAL_NOINLINE void Radix2Pass(In in, T* out_re, T* out_im, int stride) {
 }
 
 template <class V, class T, class In>
-ZAL_INLINE void RunPass(const FFTPass& pass, In in, T* out_re, T* out_im, const T* tables) {
+ZAL_INLINE void RunPass(const FFTPass& pass, In in, T* out, const T* tables) {
   if (pass.radix == 2) {
-    Radix2Pass<V, T>(in, out_re, out_im, pass.stride);
+    Radix2Pass<V, T>(in, out, pass.stride);
   } else if (pass.span == 4) {
-    Radix4Pass<false, V, T>(in, out_re, out_im, 4, pass.stride, tables);
+    Radix4Pass<false, V, T>(in, out, 4, pass.stride, tables);
   } else {
-    Radix4Pass<true, V, T>(in, out_re, out_im, pass.span, pass.stride, tables + pass.twiddles);
+    Radix4Pass<true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
   }
 }
 
@@ -234,8 +254,8 @@ ZAL_INLINE void LanesTransform(Cx<V>* x, const T* roots) {
 
 // Step 2 for the rows in block b: twiddle, transpose, lanes-point transform, store.
 template <bool kScaled, class V, class T, class Out>
-ZAL_NOINLINE void LanesPass(const T* in_re, const T* in_im, Out out, int rows, const T* row_roots,
-                            const T* lane_roots, T scale) {
+ZAL_NOINLINE void LanesPass(const T* in, Out out, int rows, const T* row_roots, const T* lane_roots,
+                            T scale) {
   constexpr int kW = V::kLanes;
   constexpr int kBits = Log2(kW);
   const std::ptrdiff_t blocks = rows / kW;
@@ -246,7 +266,7 @@ ZAL_NOINLINE void LanesPass(const T* in_re, const T* in_im, Out out, int rows, c
     ZAL_FFT_UNROLL
     for (int j = 0; j < kW; ++j) {
       const std::ptrdiff_t row = b * kW + j;
-      const Cx<V> x{LoadLanes<V>(in_re + row * kW), LoadLanes<V>(in_im + row * kW)};
+      const Cx<V> x = BlocksIn<V, T>{in}(row);
       if constexpr (kW == 1) {
         re[j] = x.re;
         im[j] = x.im;
@@ -274,22 +294,22 @@ ZAL_NOINLINE void LanesPass(const T* in_re, const T* in_im, Out out, int rows, c
   }
 }
 
-// The whole core: passes from `in` through the two split buffers of `work`, then `out`.
+// The whole core: passes from `in` through the two buffers of `work`, then `out`.
 template <bool kScaled, class V, class T, class In, class Out>
 ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
   const T* tables = reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(&spec) +
                                                kFFTSpecHeaderBytes);
   const std::ptrdiff_t n = spec.core_length;
-  T* buffers[2][2] = {{work, work + n}, {work + 2 * n, work + 3 * n}};
-  RunPass<V, T>(spec.passes[0], in, buffers[0][0], buffers[0][1], tables);
+  T* buffers[2] = {work, work + 2 * n};
+  RunPass<V, T>(spec.passes[0], in, buffers[0], tables);
   int current = 0;
   for (int i = 1; i < spec.pass_count; ++i) {
-    const SplitIn<V, T, false> from{buffers[current][0], buffers[current][1]};
+    const BlocksIn<V, T> from{buffers[current]};
     current ^= 1;
-    RunPass<V, T>(spec.passes[i], from, buffers[current][0], buffers[current][1], tables);
+    RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
   }
-  LanesPass<kScaled, V, T>(buffers[current][0], buffers[current][1], out, spec.rows,
-                           tables + spec.row_twiddles, tables + spec.lane_twiddles, scale);
+  LanesPass<kScaled, V, T>(buffers[current], out, spec.rows, tables + spec.row_twiddles,
+                           tables + spec.lane_twiddles, scale);
 }
 
 // The real forward transform's last pass: X[k] from the half-length transform Z of the
