@@ -1,4 +1,4 @@
-// The transform kernels of one level: the vector path for lengths of at least lanes^2 points,
+// The transform kernels of one level: the vector path for lengths of at least the lane count,
 // the one-lane path below. Included once per level translation unit, inside which ZAL_LEVEL
 // names the level.
 

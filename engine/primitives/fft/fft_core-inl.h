@@ -106,6 +106,13 @@ struct SplitOut {
     StoreLanes(re + e * V::kLanes, kSwap ? x.im : x.re);
     StoreLanes(im + e * V::kLanes, kSwap ? x.re : x.im);
   }
+  // The first `count` lanes of x at point `point` (count below the lane count).
+  ZAL_INLINE void Partial(std::ptrdiff_t point, Cx<V> x, int count) const {
+    if constexpr (V::kLanes > 1) {
+      StoreN(re + point, kSwap ? x.im : x.re, count);
+      StoreN(im + point, kSwap ? x.re : x.im, count);
+    }
+  }
 };
 template <class V, class T, bool kSwap>
 struct PairsOut {
@@ -123,6 +130,22 @@ struct PairsOut {
       Zip(r, i, a, b);
       Store(p, a);
       Store(p + V::kLanes, b);
+    }
+  }
+  ZAL_INLINE void Partial(std::ptrdiff_t point, Cx<V> x, int count) const {
+    if constexpr (V::kLanes > 1) {
+      T* p = pairs + 2 * point;
+      V a;
+      V b;
+      Zip(kSwap ? x.im : x.re, kSwap ? x.re : x.im, a, b);
+      if (2 * count < V::kLanes) {
+        StoreN(p, a, 2 * count);
+      } else if (2 * count == V::kLanes) {
+        Store(p, a);
+      } else {
+        Store(p, a);
+        StoreN(p + V::kLanes, b, 2 * count - V::kLanes);
+      }
     }
   }
 };
@@ -252,53 +275,77 @@ ZAL_INLINE void LanesTransform(Cx<V>* x, const T* roots) {
   }
 }
 
-// Step 2 for the rows in block b: twiddle, transpose, lanes-point transform, store.
-template <bool kScaled, class V, class T, class Out>
-ZAL_NOINLINE void LanesPass(const T* in, Out out, int rows, const T* row_roots, const T* lane_roots,
-                            T scale) {
+// Step 2 for the rows first_row .. first_row + count - 1 (count <= lanes; missing rows are
+// zero): twiddle, transpose, lanes-point transform. y[k2] holds X[k1 + rows * k2] in lane
+// k1 - first_row.
+template <bool kScaled, class V, class T, class In>
+ZAL_INLINE void LanesBlock(In in, std::ptrdiff_t first_row, int count, const T* row_roots,
+                           const T* lane_roots, V factor, Cx<V>* y) {
   constexpr int kW = V::kLanes;
   constexpr int kBits = Log2(kW);
-  const std::ptrdiff_t blocks = rows / kW;
-  const V factor = BroadcastLanes<V>(scale);
-  for (std::ptrdiff_t b = 0; b < blocks; ++b) {
-    V re[kW];
-    V im[kW];
-    ZAL_FFT_UNROLL
-    for (int j = 0; j < kW; ++j) {
-      const std::ptrdiff_t row = b * kW + j;
-      const Cx<V> x = BlocksIn<V, T>{in}(row);
-      if constexpr (kW == 1) {
-        re[j] = x.re;
-        im[j] = x.im;
-      } else {
-        const T* w = row_roots + 2 * kW * row;
-        const Cx<V> y = Times(x, Cx<V>{Load(w), Load(w + kW)});
-        re[j] = y.re;
-        im[j] = y.im;
-      }
-    }
+  V re[kW];
+  V im[kW];
+  ZAL_FFT_UNROLL
+  for (int j = 0; j < kW; ++j) {
+    const std::ptrdiff_t row = first_row + j;
+    Cx<V> x{};
+    if (j < count) x = in(row);
     if constexpr (kW > 1) {
-      Transpose(re);
-      Transpose(im);
+      const T* w = row_roots + 2 * kW * row;
+      if (j < count) x = Times(x, Cx<V>{Load(w), Load(w + kW)});
     }
-    Cx<V> x[kW];
-    ZAL_FFT_UNROLL
-    for (int l = 0; l < kW; ++l) x[l] = {re[l], im[l]};
-    LanesTransform<kW, V, T>(x, lane_roots);
-    ZAL_FFT_UNROLL
-    for (int k2 = 0; k2 < kW; ++k2) {
-      Cx<V> y = x[BitReversed(k2, kBits)];
-      if constexpr (kScaled) y = {y.re * factor, y.im * factor};
-      out(k2 * blocks + b, y);
-    }
+    re[j] = x.re;
+    im[j] = x.im;
+  }
+  if constexpr (kW > 1) {
+    Transpose(re);
+    Transpose(im);
+  }
+  Cx<V> x[kW];
+  ZAL_FFT_UNROLL
+  for (int l = 0; l < kW; ++l) x[l] = {re[l], im[l]};
+  LanesTransform<kW, V, T>(x, lane_roots);
+  ZAL_FFT_UNROLL
+  for (int k2 = 0; k2 < kW; ++k2) {
+    y[k2] = x[BitReversed(k2, kBits)];
+    if constexpr (kScaled) y[k2] = {y[k2].re * factor, y[k2].im * factor};
   }
 }
 
-// The whole core: passes from `in` through the two buffers of `work`, then `out`.
+// Step 2 over all rows. Fewer rows than lanes (short transforms) fill one block partly and
+// store only the lanes that hold results.
+template <bool kScaled, class V, class T, class In, class Out>
+ZAL_NOINLINE void LanesPass(In in, Out out, int rows, const T* row_roots, const T* lane_roots,
+                            T scale) {
+  constexpr int kW = V::kLanes;
+  const V factor = BroadcastLanes<V>(scale);
+  Cx<V> y[kW];
+  if (rows < kW) {
+    LanesBlock<kScaled, V, T>(in, 0, rows, row_roots, lane_roots, factor, y);
+    ZAL_FFT_UNROLL
+    for (int k2 = 0; k2 < kW; ++k2) out.Partial(std::ptrdiff_t{k2} * rows, y[k2], rows);
+    return;
+  }
+  const std::ptrdiff_t blocks = rows / kW;
+  for (std::ptrdiff_t b = 0; b < blocks; ++b) {
+    LanesBlock<kScaled, V, T>(in, b * kW, kW, row_roots, lane_roots, factor, y);
+    ZAL_FFT_UNROLL
+    for (int k2 = 0; k2 < kW; ++k2) out(k2 * blocks + b, y[k2]);
+  }
+}
+
+// The whole core: passes from `in` through the two buffers of `work`, then `out`. A core of
+// one row has no passes: step 2 reads `in` itself.
 template <bool kScaled, class V, class T, class In, class Out>
 ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
   const T* tables = reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(&spec) +
                                                kFFTSpecHeaderBytes);
+  const T* row_roots = tables + spec.row_twiddles;
+  const T* lane_roots = tables + spec.lane_twiddles;
+  if (spec.pass_count == 0) {
+    LanesPass<kScaled, V, T>(in, out, spec.rows, row_roots, lane_roots, scale);
+    return;
+  }
   const std::ptrdiff_t n = spec.core_length;
   T* buffers[2] = {work, work + 2 * n};
   RunPass<V, T>(spec.passes[0], in, buffers[0], tables);
@@ -308,8 +355,8 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
     current ^= 1;
     RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
   }
-  LanesPass<kScaled, V, T>(buffers[current], out, spec.rows, tables + spec.row_twiddles,
-                           tables + spec.lane_twiddles, scale);
+  LanesPass<kScaled, V, T>(BlocksIn<V, T>{buffers[current]}, out, spec.rows, row_roots, lane_roots,
+                           scale);
 }
 
 // The real forward transform's last pass: X[k] from the half-length transform Z of the

@@ -20,9 +20,10 @@ EngStatus Plan(FFTKind kind, int order, int flag, FFTSpec& spec, int* table_scal
   spec.order = order;
   *table_scalars = 0;
   const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
-  if (core_order < 1) return engStsNoErr;  // lengths 1 (and 2 real) are computed directly
+  // Lengths 1 (and 2 real) are computed directly: no core, core_length 0.
+  if (core_order < 1) return engStsNoErr;
   constexpr int kLanes = FFTVector<T>::kLanes;
-  const int lanes = (1 << core_order) >= kLanes * kLanes ? kLanes : 1;
+  const int lanes = (1 << core_order) >= kLanes ? kLanes : 1;
   PlanCore<T>(spec, core_order, lanes, table_scalars);
   if (IsRealKind<T>(kind)) *table_scalars += 2 * (spec.core_length / 2 + 1);
   spec.work_bytes = 4 * spec.core_length * static_cast<int>(sizeof(T));
@@ -52,8 +53,8 @@ EngStatus Prepare(FFTKind kind, FFTSpec** handle, int order, int flag, unsigned 
   auto* spec = reinterpret_cast<FFTSpec*>((address + 63) & ~static_cast<std::uintptr_t>(63));
   *spec = plan;
   T* tables = reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(spec) + kFFTSpecHeaderBytes);
-  if (spec->pass_count > 0) FillCoreTables<T>(*spec, tables);
-  if (IsRealKind<T>(kind) && spec->pass_count > 0) {
+  if (spec->core_length > 0) FillCoreTables<T>(*spec, tables);
+  if (IsRealKind<T>(kind) && spec->core_length > 0) {
     const int quarter = spec->core_length / 2;
     T* roots_re = tables + spec->real_twiddles;
     T* roots_im = roots_re + quarter + 1;
@@ -87,7 +88,7 @@ template <bool kInverse, class T>
 EngStatus ComplexTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
                            unsigned char* work) {
   if (const EngStatus status = CheckTransform(kind, spec, work, src, dst)) return status;
-  if (spec->pass_count == 0) {
+  if (spec->core_length == 0) {
     dst[0] = src[0];
     dst[1] = src[1];
     return engStsNoErr;
@@ -108,7 +109,7 @@ EngStatus SplitTransform(FFTKind kind, const T* src_re, const T* src_im, T* dst_
   if (const EngStatus status = CheckTransform(kind, spec, work, src_re, src_im, dst_re, dst_im)) {
     return status;
   }
-  if (spec->pass_count == 0) {
+  if (spec->core_length == 0) {
     dst_re[0] = src_re[0];
     dst_im[0] = src_im[0];
     return engStsNoErr;
@@ -149,7 +150,7 @@ template <bool kInverse, class T>
 EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
                         unsigned char* work) {
   if (const EngStatus status = CheckTransform(kind, spec, work, src, dst)) return status;
-  if (spec->pass_count == 0) {
+  if (spec->core_length == 0) {
     ShortRealTransform<kInverse>(src, dst, spec->order);
     return engStsNoErr;
   }

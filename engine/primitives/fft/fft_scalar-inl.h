@@ -1,5 +1,5 @@
 // A one-lane stand-in for a vector, so that the transform's single source also runs one point at
-// a time: the portable variant, and lengths below a level's lanes squared. Included inside a
+// a time: the portable variant, and lengths below a level's lane count. Included inside a
 // level namespace's anonymous namespace.
 
 template <class T>
