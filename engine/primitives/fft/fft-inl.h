@@ -34,6 +34,18 @@ ZAL_INLINE void WithLanes(const FFTSpec& spec, Body body) {
 
 }  // namespace
 
+#if ZAL_LEVEL_INDEX == 5
+// Transforms shorter than lanes^2 points would fill a 16 x 16 block only partly: the avx2 kernels,
+// whose blocks are a quarter the size, run them faster. Their specs carry the avx2 tag.
+#define ZAL_FFT_SHORT_SETUP(K, T, call) \
+  if (IsShortCore<T>(FFTKind::k##K, order)) return ::zal::engine::avx2::call;
+#define ZAL_FFT_SHORT_RUN(call) \
+  if (spec && spec->level == 4) return ::zal::engine::avx2::call;
+#else
+#define ZAL_FFT_SHORT_SETUP(K, T, call)
+#define ZAL_FFT_SHORT_RUN(call)
+#endif
+
 ZAL_FFT_ALL_PRIMITIVES
 
 }  // namespace zal::engine::ZAL_LEVEL

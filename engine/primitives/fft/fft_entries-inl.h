@@ -66,6 +66,14 @@ EngStatus Prepare(FFTKind kind, FFTSpec** handle, int order, int flag, unsigned 
   return engStsNoErr;
 }
 
+// Whether the core of this kind and order is shorter than lanes^2 points (and not direct).
+template <class T>
+constexpr bool IsShortCore(FFTKind kind, int order) {
+  const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
+  constexpr int kLanes = FFTVector<T>::kLanes;
+  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kLanes * kLanes;
+}
+
 // Arguments of a transform, checked before any memory is touched.
 template <class... Pointers>
 ZAL_INLINE EngStatus CheckTransform(FFTKind kind, const FFTSpec* spec, const unsigned char* work,
@@ -177,33 +185,41 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
   return engStsNoErr;
 }
 
-// The primitives of one kind, defined by the includer outside the anonymous namespace.
-#define ZAL_FFT_SETUP(K, T)                                                            \
-  EngStatus FFTGetSize##K(int order, int flag, int, int* spec_size, int* init_size,    \
-                          int* work_size) {                                            \
-    return GetSizes<T>(FFTKind::k##K, order, flag, spec_size, init_size, work_size);   \
-  }                                                                                    \
-  EngStatus FFTInit##K(FFTSpec** spec, int order, int flag, int, unsigned char* block, \
-                       unsigned char*) {                                               \
-    return Prepare<T>(FFTKind::k##K, spec, order, flag, block);                        \
+// The primitives of one kind, defined by the includer outside the anonymous namespace. A level
+// may hand short transforms to another: ZAL_FFT_SHORT_SETUP(K, T, call) and
+// ZAL_FFT_SHORT_RUN(call) return that level's call when it takes the order, or the spec.
+#define ZAL_FFT_SETUP(K, T)                                                                      \
+  EngStatus FFTGetSize##K(int order, int flag, [[maybe_unused]] int hint, int* spec_size,        \
+                          int* init_size, int* work_size) {                                      \
+    ZAL_FFT_SHORT_SETUP(K, T, FFTGetSize##K(order, flag, hint, spec_size, init_size, work_size)) \
+    return GetSizes<T>(FFTKind::k##K, order, flag, spec_size, init_size, work_size);             \
+  }                                                                                              \
+  EngStatus FFTInit##K(FFTSpec** spec, int order, int flag, [[maybe_unused]] int hint,           \
+                       unsigned char* block, [[maybe_unused]] unsigned char* init_buffer) {      \
+    ZAL_FFT_SHORT_SETUP(K, T, FFTInit##K(spec, order, flag, hint, block, init_buffer))           \
+    return Prepare<T>(FFTKind::k##K, spec, order, flag, block);                                  \
   }
 
 #define ZAL_FFT_REAL_PRIMITIVES(K, T)                                                   \
   ZAL_FFT_SETUP(K, T)                                                                   \
   EngStatus FFTFwd##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) { \
+    ZAL_FFT_SHORT_RUN(FFTFwd##K(src, dst, spec, work))                                  \
     return RealTransform<false>(FFTKind::k##K, src, dst, spec, work);                   \
   }                                                                                     \
   EngStatus FFTInv##K(const T* src, T* dst, const FFTSpec* spec, unsigned char* work) { \
+    ZAL_FFT_SHORT_RUN(FFTInv##K(src, dst, spec, work))                                  \
     return RealTransform<true>(FFTKind::k##K, src, dst, spec, work);                    \
   }
 
 #define ZAL_FFT_COMPLEX_PRIMITIVES(K, T, E)                                             \
   ZAL_FFT_SETUP(K, T)                                                                   \
   EngStatus FFTFwd##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) { \
+    ZAL_FFT_SHORT_RUN(FFTFwd##K(src, dst, spec, work))                                  \
     return ComplexTransform<false>(FFTKind::k##K, reinterpret_cast<const T*>(src),      \
                                    reinterpret_cast<T*>(dst), spec, work);              \
   }                                                                                     \
   EngStatus FFTInv##K(const E* src, E* dst, const FFTSpec* spec, unsigned char* work) { \
+    ZAL_FFT_SHORT_RUN(FFTInv##K(src, dst, spec, work))                                  \
     return ComplexTransform<true>(FFTKind::k##K, reinterpret_cast<const T*>(src),       \
                                   reinterpret_cast<T*>(dst), spec, work);               \
   }
@@ -212,10 +228,12 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
   ZAL_FFT_SETUP(K, T)                                                                              \
   EngStatus FFTFwd##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im, const FFTSpec* spec, \
                       unsigned char* work) {                                                       \
+    ZAL_FFT_SHORT_RUN(FFTFwd##K(src_re, src_im, dst_re, dst_im, spec, work))                       \
     return SplitTransform<false>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec, work);       \
   }                                                                                                \
   EngStatus FFTInv##K(const T* src_re, const T* src_im, T* dst_re, T* dst_im, const FFTSpec* spec, \
                       unsigned char* work) {                                                       \
+    ZAL_FFT_SHORT_RUN(FFTInv##K(src_re, src_im, dst_re, dst_im, spec, work))                       \
     return SplitTransform<true>(FFTKind::k##K, src_re, src_im, dst_re, dst_im, spec, work);        \
   }
 

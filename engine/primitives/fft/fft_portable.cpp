@@ -31,6 +31,9 @@ void WithLanes(const FFTSpec&, Body body) {
 
 }  // namespace
 
+#define ZAL_FFT_SHORT_SETUP(K, T, call)
+#define ZAL_FFT_SHORT_RUN(call)
+
 ZAL_FFT_ALL_PRIMITIVES
 
 }  // namespace zal::engine::portable
