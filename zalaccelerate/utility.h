@@ -1,4 +1,5 @@
-// Vector utilities: elementwise arithmetic, aligned memory and the calling thread's denormal modes.
+// Vector utilities: elementwise arithmetic, reductions, thresholds, complex-domain helpers, aligned
+// memory and the calling thread's denormal modes.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -77,6 +78,132 @@ ZAL_API void DivConstantRev(unsigned int len, float c, const float* src, float* 
 // srcDst[i] = srcDst[i] * c * 2^-scale, rounded to the nearest integer (ties to even) and
 // saturated to [-32768, 32767]. A negative scale enlarges: scale -3 multiplies by 8.
 ZAL_API void MulConstant_InPlace(unsigned int len, short* srcDst, short c, int scale);
+
+// ---- Reductions and statistics -----------------------------------------------------------------
+// Each returns its result (or fills its outputs) from len elements of src. A null pointer or a len
+// of 0 (or 2^31 and more) is refused: value-returning functions then return 0 (index 0, false),
+// MinMax and StandardDeviation leave their outputs as they were, MinIndex/MaxIndex still store 0
+// through a non-null value pointer, and MinMaxIndex still writes 0 to both index outputs.
+//   Sum(len, src)            sum                       Mean(len, src)   sum / len
+//   Min / Max(len, src)      smallest / largest        MinMax(len, src, min, max)
+//   MinIndex / MaxIndex(len, src, value)  index of the smallest / largest element; its value is
+//                            stored through `value` unless that is null
+//   MinMaxIndex(len, src, min, max, minIdx, maxIdx)   both at once
+//   MaxAbs(src, len)         largest |src[i]|; 0 for len 0 (pointer first, length second)
+//   NormL1(len, src)         sum of |src[i]|           NormL2(len, src)  sqrt of the sum of squares
+//   DotProduct(len, a, b)    sum of a[i] * b[i]
+//   StandardDeviation(len, src, out)  sample deviation, sqrt(sum (mean - x)^2 / (len - 1)); a
+//                            single element gives 0
+//   Equal(len, a, b)         whether the len bytes are the same
+// Extremes: NaN elements are skipped; ties report the first occurrence (lowest index), and the
+// value reported is that element, so of -0 and +0 the earlier one wins. If every element is NaN,
+// the index is 0 and the value src[0]. MaxAbs ignores NaN the same way (all NaN gives 0).
+// Summation order and precision: sums are formed in one fixed order that does not depend on the
+// processor, so every result is bit-identical on every machine. Element i is added to partial sum
+// i mod 64 (i mod 32 for double), each partial in index order, and the partials are combined
+// pairwise. The error of the float Sum is therefore about (len/64 + 6) eps sum|x| at worst rather
+// than len eps sum|x|, and typically far smaller. Sum, Mean, NormL1, NormL2 and DotProduct of float
+// data accumulate in float (products rounded before they are added, never fused); the float
+// StandardDeviation accumulates mean and squared deviations in double and rounds once; double
+// data accumulate in double. NormL2 squares without rescaling: |x| above about 1.8e19 (float)
+// overflows to +Inf.
+ZAL_API float Sum(unsigned int len, const float* src);
+ZAL_API double Sum(unsigned int len, const double* src);
+ZAL_API float Mean(unsigned int len, const float* src);
+ZAL_API double Mean(unsigned int len, const double* src);
+ZAL_API float Min(unsigned int len, const float* src);
+ZAL_API double Min(unsigned int len, const double* src);
+ZAL_API float Max(unsigned int len, const float* src);
+ZAL_API double Max(unsigned int len, const double* src);
+ZAL_API void MinMax(unsigned int len, const float* src, float& min, float& max);
+ZAL_API int MinIndex(unsigned int len, const float* src, float* value);
+ZAL_API int MaxIndex(unsigned int len, const float* src, float* value);
+ZAL_API void MinMaxIndex(unsigned int len, const float* src, float& min, float& max, int& minIdx,
+                         int& maxIdx);
+ZAL_API float MaxAbs(const float* src, unsigned int len);
+ZAL_API float NormL1(unsigned int len, const float* src);
+ZAL_API double NormL1(unsigned int len, const double* src);
+ZAL_API float NormL2(unsigned int len, const float* src);
+ZAL_API double NormL2(unsigned int len, const double* src);
+ZAL_API void StandardDeviation(unsigned int len, const float* src, float& out);
+ZAL_API void StandardDeviation(unsigned int len, const double* src, double& out);
+ZAL_API float DotProduct(unsigned int len, const float* a, const float* b);
+ZAL_API double DotProduct(unsigned int len, const double* a, const double* b);
+ZAL_API bool Equal(unsigned int len, const unsigned char* a, const unsigned char* b);
+
+// ---- Thresholds, clamping, normalisation and ramps ----------------------------------------------
+// For each i < len; comparisons are strict and ordered, so an element equal to the level and a NaN
+// element stay as they are. Results are bit-identical on every processor.
+//   Threshold_GT_InPlace(len, p, level)          p[i] > level becomes level
+//   Threshold_LT_InPlace(len, p, level)          p[i] < level becomes level
+//   Threshold_GTVal(len, src, dst, level, value)  dst[i] = src[i] > level ? value : src[i]
+//   Threshold_LTVal(len, src, dst, level, value)  dst[i] = src[i] < level ? value : src[i]
+//   X_InPlace(len, p, level, value)              the same in place
+//   Trim(len, p, low, high)                      p[i] < low becomes low, p[i] > high becomes high;
+//                                                low > high does nothing
+//   Invert_Threshold_InPlace(len, p, level)      reciprocal with its magnitude held at 1/level:
+//     complex z, with n = re^2 + im^2: n <= 1.1920928955078125e-7 gives (1/level, 0); n < level^2
+//     gives (re, -im) / (sqrt(n) level); otherwise (re, -im) / n, the reciprocal itself. Real x:
+//     x^2 <= 1.1920928955078125e-7 gives +1/level; |x| < level gives 1/level with the sign of x;
+//     otherwise 1/x. A level <= 0 (or NaN) does nothing.
+//   Normalize(len, src, dst, sub, div)           dst[i] = (src[i] - sub) * (1 / div); does nothing
+//                                                when |div| is below the smallest normal number
+//                                                (1.17549435e-38 float, 2.2250738585072014e-308
+//                                                double), zero included
+//   VectorSlope(len, p, offset, slope)           p[i] = offset + slope * i, computed in double and
+//                                                rounded once: no drift however long the ramp
+//   MinEvery / MaxEvery(len, a, b, dst)          dst[i] = a[i] < b[i] ? a[i] : b[i] (> for Max):
+//                                                b[i] where either is NaN
+//   MinEvery_InPlace / MaxEvery_InPlace(len, src, srcDst)  the same into srcDst (as b)
+// Under denormals-are-zero, Threshold_GT/LT_InPlace and Min/MaxEvery return denormal elements as
+// zero. A destination may be the same buffer as the source (exactly, not partly overlapping).
+#define ZALACCELERATE_THRESHOLDS(T)                                                               \
+  ZAL_API void Threshold_GT_InPlace(unsigned int len, T* p, T level);                             \
+  ZAL_API void Threshold_LT_InPlace(unsigned int len, T* p, T level);                             \
+  ZAL_API void Threshold_GTVal(unsigned int len, const T* src, T* dst, T level, T value);         \
+  ZAL_API void Threshold_GTVal_InPlace(unsigned int len, T* p, T level, T value);                 \
+  ZAL_API void Threshold_LTVal(unsigned int len, const T* src, T* dst, T level, T value);         \
+  ZAL_API void Threshold_LTVal_InPlace(unsigned int len, T* p, T level, T value);                 \
+  ZAL_API void Invert_Threshold_InPlace(unsigned int len, T* p, T level);                         \
+  ZAL_API void Normalize(unsigned int len, const T* src, T* dst, T sub, T div);                   \
+  ZAL_API void VectorSlope(unsigned int len, T* p, T offset, T slope);
+
+ZALACCELERATE_THRESHOLDS(float)
+ZALACCELERATE_THRESHOLDS(double)
+#undef ZALACCELERATE_THRESHOLDS
+
+ZAL_API void Invert_Threshold_InPlace(unsigned int len, std::complex<float>* p, float level);
+ZAL_API void Invert_Threshold_InPlace(unsigned int len, std::complex<double>* p, double level);
+ZAL_API void Trim(unsigned int len, float* p, float low, float high);
+ZAL_API void MinEvery(unsigned int len, const float* a, const float* b, float* dst);
+ZAL_API void MinEvery_InPlace(unsigned int len, const float* src, float* srcDst);
+ZAL_API void MaxEvery(unsigned int len, const float* a, const float* b, float* dst);
+ZAL_API void MaxEvery_InPlace(unsigned int len, const float* src, float* srcDst);
+
+// ---- Complex-domain helpers ---------------------------------------------------------------------
+// len counts complex elements. Angles in radians.
+//   Magnitude(len, re, im, dst)      dst[i] = sqrt(re[i]^2 + im[i]^2)   (split layout)
+//   Magnitude(len, src, dst)         the same from interleaved elements; both layouts give the same
+//                                    bits for the same data
+//   PowerSpectr(len, src, dst)       dst[i] = re^2 + im^2
+//   CartToPolar(len, src, mag, phase)  src holds 2 len floats (re, im pairs): mag[i] = |z|,
+//                                    phase[i] = atan2(im, re) in [-pi, pi]
+//   PolarToCart(len, mag, phase, dst)  dst[2i] = mag[i] cos(phase[i]), dst[2i+1] = mag[i] sin(...)
+// Accuracy: magnitudes and power spectra are correctly rounded square roots of the rounded sums
+// (not rescaled: re^2 + im^2 may overflow for parts above about 1.8e19 in float). Phases are within
+// 2 ulp of atan2 evaluated exactly, with C's special values: atan2(+-0, +0) = +-0,
+// atan2(+-0, -0) = +-pi, pi/4 multiples for infinite parts, NaN for NaN. PolarToCart is within
+// 1 ulp of mag cos(phase), mag sin(phase) evaluated in double, for |phase| < 1.6e6; larger
+// phases lose accuracy in the reduction by multiples of pi/2. Results are bit-identical on every
+// processor.
+ZAL_API void Magnitude(unsigned int len, const float* re, const float* im, float* dst);
+ZAL_API void Magnitude(unsigned int len, const double* re, const double* im, double* dst);
+ZAL_API void Magnitude(unsigned int len, const std::complex<float>* src, float* dst);
+ZAL_API void Magnitude(unsigned int len, const std::complex<double>* src, double* dst);
+ZAL_API void PowerSpectr(unsigned int len, const std::complex<float>* src, float* dst);
+ZAL_API void PowerSpectr(unsigned int len, const std::complex<double>* src, double* dst);
+ZAL_API void CartToPolar(unsigned int len, const float* src, float* mag, float* phase);
+ZAL_API void PolarToCart(unsigned int len, const float* mag, const float* phase, float* dst);
 
 // ---- Aligned memory --------------------------------------------------------------------------
 // Buffers aligned to 64 bytes, for the widest vectors the library uses. `count` counts elements

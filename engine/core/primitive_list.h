@@ -72,6 +72,64 @@
   X(arithmetic, DivConstantC64InPlace, ConstantRefInPlace<Complex64>, kExact)    \
   X(arithmetic, MulConstantScaledS16, WithConstantScaled<short>, kExact)
 
+// Reductions and statistics: fixed summation order, bit-identical at every level (see
+// engine/primitives/statistics/statistics-inl.h).
+#define ZAL_STATISTICS_BY_TYPE_PRIMITIVES(X, T, E) \
+  X(statistics, Min##E, Reduce<T>, kExact)         \
+  X(statistics, Max##E, Reduce<T>, kExact)         \
+  X(statistics, NormL1##E, Reduce<T>, kExact)      \
+  X(statistics, NormL2##E, Reduce<T>, kExact)      \
+  X(statistics, DotProduct##E, ReduceTwo<T>, kExact)
+
+#define ZAL_STATISTICS_PRIMITIVES(X)                               \
+  ZAL_STATISTICS_BY_TYPE_PRIMITIVES(X, float, F32)                 \
+  ZAL_STATISTICS_BY_TYPE_PRIMITIVES(X, double, F64)                \
+  X(statistics, SumF32, ReduceHinted<float>, kExact)               \
+  X(statistics, MeanF32, ReduceHinted<float>, kExact)              \
+  X(statistics, StdDevF32, ReduceHinted<float>, kExact)            \
+  X(statistics, SumF64, Reduce<double>, kExact)                    \
+  X(statistics, MeanF64, Reduce<double>, kExact)                   \
+  X(statistics, StdDevF64, Reduce<double>, kExact)                 \
+  X(statistics, MinMaxF32, ReduceToRange<float>, kExact)           \
+  X(statistics, MinIndexF32, ReduceToIndex<float>, kExact)         \
+  X(statistics, MaxIndexF32, ReduceToIndex<float>, kExact)         \
+  X(statistics, MinMaxIndexF32, ReduceToRangeIndex<float>, kExact) \
+  X(statistics, EqualU8, CompareBytes, kService)
+
+// Thresholds, clamping, normalisation, ramps and elementwise extremes.
+#define ZAL_THRESHOLD_BY_TYPE_PRIMITIVES(X, T, E)                            \
+  X(threshold, ThresholdGT##E##InPlace, ThresholdInPlace<T>, kExact)         \
+  X(threshold, ThresholdLT##E##InPlace, ThresholdInPlace<T>, kExact)         \
+  X(threshold, ThresholdGTVal##E, ThresholdValue<T>, kExact)                 \
+  X(threshold, ThresholdLTVal##E, ThresholdValue<T>, kExact)                 \
+  X(threshold, ThresholdGTVal##E##InPlace, ThresholdValueInPlace<T>, kExact) \
+  X(threshold, ThresholdLTVal##E##InPlace, ThresholdValueInPlace<T>, kExact) \
+  X(threshold, InvertThreshold##E##InPlace, InvertThreshold<T>, kExact)      \
+  X(threshold, Normalize##E, NormalizeShape<T>, kExact)                      \
+  X(threshold, VectorSlope##E, Ramp<T>, kExact)
+
+#define ZAL_THRESHOLD_PRIMITIVES(X)                                           \
+  ZAL_THRESHOLD_BY_TYPE_PRIMITIVES(X, float, F32)                             \
+  ZAL_THRESHOLD_BY_TYPE_PRIMITIVES(X, double, F64)                            \
+  X(threshold, ThresholdLTValGTValF32, ThresholdTwoSided<float>, kExact)      \
+  X(threshold, InvertThresholdC32InPlace, InvertThreshold<Complex32>, kExact) \
+  X(threshold, InvertThresholdC64InPlace, InvertThreshold<Complex64>, kExact) \
+  X(threshold, MinEveryF32, Binary<float>, kExact)                            \
+  X(threshold, MaxEveryF32, Binary<float>, kExact)                            \
+  X(threshold, MinEveryF32InPlace, BinaryInPlace<float>, kExact)              \
+  X(threshold, MaxEveryF32InPlace, BinaryInPlace<float>, kExact)
+
+// Complex-domain helpers: magnitudes, power spectra and polar coordinates.
+#define ZAL_COMPLEX_PRIMITIVES(X)                              \
+  X(complex, MagnitudeSplitF32, Binary<float>, kExact)         \
+  X(complex, MagnitudeSplitF64, Binary<double>, kExact)        \
+  X(complex, MagnitudeC32, ComplexToReal<Complex32>, kExact)   \
+  X(complex, MagnitudeC64, ComplexToReal<Complex64>, kExact)   \
+  X(complex, PowerSpectrC32, ComplexToReal<Complex32>, kExact) \
+  X(complex, PowerSpectrC64, ComplexToReal<Complex64>, kExact) \
+  X(complex, CartToPolarF32, CartesianToPolar, kExact)         \
+  X(complex, PolarToCartF32, PolarToCartesian, kExact)
+
 // Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
 // interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
 // sizes; Init prepares a spec in a block of that size; Fwd/Inv run it (inverse divided by N).
@@ -94,4 +152,7 @@
   ZAL_FP_CONTROL_PRIMITIVES(X) \
   ZAL_VERSION_PRIMITIVES(X)    \
   ZAL_ARITHMETIC_PRIMITIVES(X) \
+  ZAL_STATISTICS_PRIMITIVES(X) \
+  ZAL_THRESHOLD_PRIMITIVES(X)  \
+  ZAL_COMPLEX_PRIMITIVES(X)    \
   ZAL_FFT_PRIMITIVES(X)

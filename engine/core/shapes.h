@@ -41,6 +41,67 @@ using ConstantRefInPlace = EngStatus(const T* constant, T* src_dst, int n);
 template <class T>
 using WithConstantScaled = EngStatus(const T* src, T constant, T* dst, int n, int scale);
 
+// ---- Reductions, thresholds and complex-domain helpers -----------------------------------------
+// Reductions write their result cells only on success (status 0).
+template <class T>
+using Reduce = EngStatus(const T* src, int n, T* result);
+// hint: 2 asks for the accurate algorithm (double accumulation of float data); any other value
+// takes the default one.
+template <class T>
+using ReduceHinted = EngStatus(const T* src, int n, T* result, int hint);
+template <class T>
+using ReduceTwo = EngStatus(const T* first, const T* second, int n, T* result);
+template <class T>
+using ReduceToIndex = EngStatus(const T* src, int n, T* value, int* index);
+template <class T>
+using ReduceToRange = EngStatus(const T* src, int n, T* min, T* max);
+template <class T>
+using ReduceToRangeIndex = EngStatus(const T* src, int n, T* min, int* min_index, T* max,
+                                     int* max_index);
+using CompareBytes = EngStatus(const unsigned char* first, const unsigned char* second, int n,
+                               int* equal);
+
+template <class T>
+using ThresholdInPlace = EngStatus(T* src_dst, int n, T level);
+template <class T>
+using ThresholdValue = EngStatus(const T* src, T* dst, int n, T level, T value);
+template <class T>
+using ThresholdValueInPlace = EngStatus(T* src_dst, int n, T level, T value);
+// Below level_lt becomes value_lt, above level_gt becomes value_gt.
+template <class T>
+using ThresholdTwoSided = EngStatus(const T* src, T* dst, int n, T level_lt, T value_lt, T level_gt,
+                                    T value_gt);
+// The real type of an element: itself, or the type of a complex element's parts.
+template <class T>
+struct RealOfElement {
+  using Type = T;
+};
+template <>
+struct RealOfElement<Complex32> {
+  using Type = float;
+};
+template <>
+struct RealOfElement<Complex64> {
+  using Type = double;
+};
+template <class T>
+using RealOf = typename RealOfElement<T>::Type;
+
+// The level of a complex inversion is a real magnitude.
+template <class T>
+using InvertThreshold = EngStatus(T* src_dst, int n, RealOf<T> level);
+template <class T>
+using NormalizeShape = EngStatus(const T* src, T* dst, int n, T sub, T div);
+template <class T>
+using Ramp = EngStatus(T* dst, int n, T offset, T slope);
+
+// Complex elements in, one real per element out.
+template <class C>
+using ComplexToReal = EngStatus(const C* src, RealOf<C>* dst, int n);
+// Interleaved (re, im) pairs to magnitudes and phases, and back.
+using CartesianToPolar = EngStatus(const float* src, float* magnitude, float* phase, int n);
+using PolarToCartesian = EngStatus(const float* magnitude, const float* phase, float* dst, int n);
+
 // Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a spec block
 // the caller allocates to the queried size; preparation writes its address through `spec`.
 struct FFTSpec;

@@ -4,10 +4,13 @@
 
 #if ZAL_LEVEL_INDEX >= 5
 #include "engine/simd/vec_avx512-inl.h"
+#include "engine/simd/vec_avx512_compare-inl.h"
 #elif ZAL_LEVEL_INDEX >= 3
 #include "engine/simd/vec_avx-inl.h"
+#include "engine/simd/vec_avx_compare-inl.h"
 #else
 #include "engine/simd/vec_sse-inl.h"
+#include "engine/simd/vec_sse_compare-inl.h"
 #endif
 
 #include "engine/simd/vec_complex-inl.h"

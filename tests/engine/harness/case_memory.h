@@ -35,21 +35,24 @@ bool Repeats(std::span<const T> values, std::span<const T> period) {
 
 // The kernel's destination covers the whole length; the portable variant's only one period:
 // operands repeat with kRepeatPeriod and the shapes are elementwise, so one period of the
-// portable result stands for every period of the kernel's. Sources that are the destination
-// itself are not allocated. The constant has a cell of its own, so that AddressSanitizer sees a
-// read past it.
+// portable result stands for every period of the kernel's. Shapes whose results are not
+// elementwise run the portable variant over the whole length instead, and reductions get a few
+// result cells as destination. Sources that are the destination itself are not allocated. The
+// constant has a cell of its own, so that AddressSanitizer sees a read past it.
 template <class T>
 class CaseMemory {
  public:
-  CaseMemory(const Case& c, int sources, ConstantKind constant_kind)
+  CaseMemory(const Case& c, int sources, ConstantKind constant_kind, bool whole_length = false,
+             int result_cells = 0)
       : case_(c),
         period_(std::min(c.n, kRepeatPeriod)),
-        got_(c.n, c.dst_offset, true),
-        expected_(period_, c.dst_offset, false),
+        portable_n_(whole_length ? c.n : period_),
+        got_(result_cells ? result_cells : c.n, c.dst_offset, true),
+        expected_(result_cells ? result_cells : portable_n_, c.dst_offset, false),
         constant_(1, 0, false) {
     Random random(c.seed);
     Fill(got_.Elements(), c.profile, random);
-    std::copy_n(got_.Data(), period_, expected_.Data());
+    std::copy_n(got_.Data(), expected_.Elements().size(), expected_.Data());
     for (int i = 0; i < sources; ++i) {
       if (IsDst(i)) continue;
       sources_[i].emplace(c.n, c.source_offsets[i], false);
@@ -62,10 +65,14 @@ class CaseMemory {
         constant_kind == ConstantKind::kNone ? T{} : ConstantOperand<T>(variant, c.profile, random);
     original_constant_ = constant_.Data()[0];
     scale_ = constant_kind == ConstantKind::kScaled ? kScales[c.variant % kScaleCount] : 0;
+    // Drawn last, so that the shapes with one constant see the same values as before it existed.
+    second_constant_ = constant_kind == ConstantKind::kNone
+                           ? T{}
+                           : ConstantOperand<T>(variant + kConstantVariants / 2, c.profile, random);
   }
 
   Operands<T> KernelOperands() const { return OperandsFor(got_, case_.n); }
-  Operands<T> PortableOperands() const { return OperandsFor(expected_, period_); }
+  Operands<T> PortableOperands() const { return OperandsFor(expected_, portable_n_); }
 
   std::span<const T> Got() const { return got_.Elements(); }
   std::span<const T> Expected() const { return expected_.Elements(); }
@@ -100,11 +107,13 @@ class CaseMemory {
     operands.constant = constant_.Data()[0];
     operands.n = n;
     operands.scale = scale_;
+    operands.second_constant = second_constant_;
     return operands;
   }
 
   Case case_;
   int period_;
+  int portable_n_;
   Vector<T> got_;
   Vector<T> expected_;
   Vector<T> constant_;
@@ -112,6 +121,7 @@ class CaseMemory {
   std::vector<T> originals_[2];
   T original_constant_{};
   int scale_ = 0;
+  T second_constant_{};
 };
 
 }  // namespace zal::test::harness

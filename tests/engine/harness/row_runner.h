@@ -79,7 +79,8 @@ class RowRunner {
                                 0,
                                 kConstantVariants - 1,
                                 kLength},
-                               Driver::kSources, Driver::kConstant);
+                               Driver::kSources, Driver::kConstant, WholeLength<Driver>(),
+                               ResultCells<Driver>());
     const std::vector<T> dst_before(memory.Got().begin(), memory.Got().end());
     auto untouched = [&] {
       return memory.Disturbance().empty() && SameBytes<T>(memory.Got(), dst_before);
@@ -135,7 +136,8 @@ class RowRunner {
 
   // Empty when the kernel agrees with the portable variant, otherwise what differs.
   static std::string Run(engine::Accuracy accuracy, Shape* kernel, Shape* portable, const Case& c) {
-    const CaseMemory<T> memory(c, Driver::kSources, Driver::kConstant);
+    const CaseMemory<T> memory(c, Driver::kSources, Driver::kConstant, WholeLength<Driver>(),
+                               ResultCells<Driver>());
     EngStatus expected_status;
     EngStatus got_status;
     unsigned control_before;

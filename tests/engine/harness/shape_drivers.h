@@ -3,6 +3,9 @@
 // shape needs one driver here and nothing else.
 #pragma once
 
+#include <cmath>
+#include <type_traits>
+
 #include "engine/core/shapes.h"
 #include "tests/engine/harness/grid.h"
 
@@ -28,7 +31,29 @@ struct Operands {
   T constant{};
   int n = 0;
   int scale = 0;
+  T second_constant{};  // for shapes with two scalar parameters
 };
+
+// How a shape lays out its result, for the drivers that differ from the elementwise default.
+// kResultCells: the destination is that many cells of result (reductions), not one per element.
+// kWholeLength: the portable variant runs over the whole length, for results that depend on the
+// position (ramps) or are not one destination element per source element.
+template <class Driver>
+constexpr int ResultCells() {
+  if constexpr (requires { Driver::kResultCells; }) {
+    return Driver::kResultCells;
+  } else {
+    return 0;
+  }
+}
+template <class Driver>
+constexpr bool WholeLength() {
+  if constexpr (requires { Driver::kWholeLength; }) {
+    return Driver::kWholeLength;
+  } else {
+    return ResultCells<Driver>() > 0;
+  }
+}
 
 // One driver per shape, named after it: shapes with the same function type (Binary and
 // WithConstantRef, BinaryInPlace and ConstantRefInPlace) still get drivers of their own, which a
@@ -134,6 +159,253 @@ using engine::FFTGetSize;
 using engine::FFTInit;
 using engine::FFTSplitTransform;
 using engine::FFTTransform;
+
+// ---- Reductions, thresholds and complex-domain helpers
+// --------------------------------------------
+
+// Reductions write result cells at the destination: values of T, and indices as int in cells of
+// their own (float and int have the same size, and the cells are compared byte for byte first).
+template <class T>
+struct Reduce {
+  using Element = T;
+  using Function = engine::Reduce<T>;
+  static constexpr int kSources = 1;
+  static constexpr int kResultCells = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.n, o.dst); }
+};
+
+// Odd lengths take the accurate algorithm (hint 2), even ones the default (hint 0).
+template <class T>
+struct ReduceHinted {
+  using Element = T;
+  using Function = engine::ReduceHinted<T>;
+  static constexpr int kSources = 1;
+  static constexpr int kResultCells = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.n, o.dst, o.n % 2 ? 2 : 0);
+  }
+};
+
+template <class T>
+struct ReduceTwo {
+  using Element = T;
+  using Function = engine::ReduceTwo<T>;
+  static constexpr int kSources = 2;
+  static constexpr int kResultCells = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kSecond, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.second, o.n, o.dst);
+  }
+};
+
+template <class T>
+int* IndexCell(T* dst, int cell) {
+  static_assert(sizeof(T) == sizeof(int));
+  return dst ? reinterpret_cast<int*>(dst + cell) : nullptr;
+}
+template <class T>
+T* ValueCell(T* dst, int cell) {
+  return dst ? dst + cell : nullptr;
+}
+
+template <class T>
+struct ReduceToIndex {
+  using Element = T;
+  using Function = engine::ReduceToIndex<T>;
+  static constexpr int kSources = 1;
+  static constexpr int kResultCells = 2;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.n, o.dst, IndexCell(o.dst, 1));
+  }
+};
+
+template <class T>
+struct ReduceToRange {
+  using Element = T;
+  using Function = engine::ReduceToRange<T>;
+  static constexpr int kSources = 1;
+  static constexpr int kResultCells = 2;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.n, o.dst, ValueCell(o.dst, 1));
+  }
+};
+
+template <class T>
+struct ReduceToRangeIndex {
+  using Element = T;
+  using Function = engine::ReduceToRangeIndex<T>;
+  static constexpr int kSources = 1;
+  static constexpr int kResultCells = 4;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.n, o.dst, IndexCell(o.dst, 1), ValueCell(o.dst, 2), IndexCell(o.dst, 3));
+  }
+};
+
+template <class T>
+struct ThresholdInPlace {
+  using Element = T;
+  using Function = engine::ThresholdInPlace<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.dst, o.n, o.constant); }
+};
+
+template <class T>
+struct ThresholdValue {
+  using Element = T;
+  using Function = engine::ThresholdValue<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.dst, o.n, o.constant, o.second_constant);
+  }
+};
+
+template <class T>
+struct ThresholdValueInPlace {
+  using Element = T;
+  using Function = engine::ThresholdValueInPlace<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.dst, o.n, o.constant, o.second_constant);
+  }
+};
+
+// The lower constant as the lower level, so that most cases clamp rather than being refused; the
+// values are the constants crosswise.
+template <class T>
+struct ThresholdTwoSided {
+  using Element = T;
+  using Function = engine::ThresholdTwoSided<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    const bool ordered = o.constant < o.second_constant;
+    const T low = ordered ? o.constant : o.second_constant;
+    const T high = ordered ? o.second_constant : o.constant;
+    return f(o.first, o.dst, o.n, low, high, high, low);
+  }
+};
+
+// The level is the constant's magnitude (its real part's, for complex elements), so that most
+// cases invert rather than being refused; zero and NaN constants still reach the refusal.
+template <class T>
+struct InvertThreshold {
+  using Element = T;
+  using Function = engine::InvertThreshold<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    if constexpr (std::is_class_v<T>) {
+      return f(o.dst, o.n, std::fabs(o.constant.re));
+    } else {
+      return f(o.dst, o.n, std::fabs(o.constant));
+    }
+  }
+};
+
+template <class T>
+struct NormalizeShape {
+  using Element = T;
+  using Function = engine::NormalizeShape<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.dst, o.n, o.second_constant, o.constant);
+  }
+};
+
+template <class T>
+struct Ramp {
+  using Element = T;
+  using Function = engine::Ramp<T>;
+  static constexpr int kSources = 0;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.dst, o.n, o.constant, o.second_constant);
+  }
+};
+
+// Complex sources, real results in the first half of a destination of complex cells.
+template <class C>
+struct ComplexToReal {
+  using Element = C;
+  using Function = engine::ComplexToReal<C>;
+  static constexpr int kSources = 1;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<C>& o) {
+    return f(o.first, reinterpret_cast<engine::RealOf<C>*>(o.dst), o.n);
+  }
+};
+
+// Interleaved pairs in; magnitudes in the first n floats of the destination, phases in the next n.
+struct CartesianToPolar {
+  using Element = engine::Complex32;
+  using Function = engine::CartesianToPolar;
+  static constexpr int kSources = 1;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<Element>& o) {
+    float* magnitude = reinterpret_cast<float*>(o.dst);
+    float* phase = magnitude && o.n > 0 ? magnitude + o.n : magnitude;
+    return f(reinterpret_cast<const float*>(o.first), magnitude, phase, o.n);
+  }
+};
+
+// Magnitudes and phases from the first n floats of each source; pairs out.
+struct PolarToCartesian {
+  using Element = engine::Complex32;
+  using Function = engine::PolarToCartesian;
+  static constexpr int kSources = 2;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kSecond, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<Element>& o) {
+    return f(reinterpret_cast<const float*>(o.first), reinterpret_cast<const float*>(o.second),
+             reinterpret_cast<float*>(o.dst), o.n);
+  }
+};
+
+using engine::CompareBytes;
 
 }  // namespace drivers
 }  // namespace zal::test::harness
