@@ -23,3 +23,5 @@ ensure_packages() {
 ZAL_BUILD_PACKAGES=(g++ cmake ninja-build binutils git)
 # The math family: MPFR for its accuracy tests, SLEEF as a benchmark peer.
 ZAL_MATH_PACKAGES=(libmpfr-dev libsleef-dev)
+# The transforms' test oracle and benchmark peer.
+ZAL_FFT_PACKAGES=(libfftw3-dev)

@@ -1,10 +1,11 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
-from . import arithmetic, math, statistics
+from . import arithmetic, fft, math, statistics
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
     "arithmetic": arithmetic,
     "statistics": statistics,
     "math": math,
+    "fft": fft,
 }

@@ -153,6 +153,23 @@
   X(complex, CartToPolarF32, CartesianToPolar, kExact)         \
   X(complex, PolarToCartF32, PolarToCartesian, kExact)
 
+// Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
+// interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
+// sizes; Init prepares a spec in a block of that size; Fwd/Inv run it (inverse divided by N).
+#define ZAL_FFT_KIND_PRIMITIVES(X, K, Transform) \
+  X(fft, FFTGetSize##K, FFTGetSize, kService)    \
+  X(fft, FFTInit##K, FFTInit, kService)          \
+  X(fft, FFTFwd##K, Transform, kService)         \
+  X(fft, FFTInv##K, Transform, kService)
+
+#define ZAL_FFT_PRIMITIVES(X)                                     \
+  ZAL_FFT_KIND_PRIMITIVES(X, RealF32, FFTTransform<float>)        \
+  ZAL_FFT_KIND_PRIMITIVES(X, RealF64, FFTTransform<double>)       \
+  ZAL_FFT_KIND_PRIMITIVES(X, ComplexF32, FFTTransform<Complex32>) \
+  ZAL_FFT_KIND_PRIMITIVES(X, ComplexF64, FFTTransform<Complex64>) \
+  ZAL_FFT_KIND_PRIMITIVES(X, SplitF32, FFTSplitTransform<float>)  \
+  ZAL_FFT_KIND_PRIMITIVES(X, SplitF64, FFTSplitTransform<double>)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -161,4 +178,5 @@
   ZAL_MATH_PRIMITIVES(X)       \
   ZAL_STATISTICS_PRIMITIVES(X) \
   ZAL_THRESHOLD_PRIMITIVES(X)  \
-  ZAL_COMPLEX_PRIMITIVES(X)
+  ZAL_COMPLEX_PRIMITIVES(X)    \
+  ZAL_FFT_PRIMITIVES(X)

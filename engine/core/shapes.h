@@ -113,6 +113,19 @@ using ComplexToReal = EngStatus(const C* src, RealOf<C>* dst, int n);
 using CartesianToPolar = EngStatus(const float* src, float* magnitude, float* phase, int n);
 using PolarToCartesian = EngStatus(const float* magnitude, const float* phase, float* dst, int n);
 
+// Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a spec block
+// the caller allocates to the queried size; preparation writes its address through `spec`.
+struct FFTSpec;
+using FFTGetSize = EngStatus(int order, int flag, int hint, int* spec_size, int* init_size,
+                             int* work_size);
+using FFTInit = EngStatus(FFTSpec** spec, int order, int flag, int hint, unsigned char* block,
+                          unsigned char* init_buffer);
+template <class T>
+using FFTTransform = EngStatus(const T* src, T* dst, const FFTSpec* spec, unsigned char* work);
+template <class T>
+using FFTSplitTransform = EngStatus(const T* src_re, const T* src_im, T* dst_re, T* dst_im,
+                                    const FFTSpec* spec, unsigned char* work);
+
 using Allocate = void*(int count);
 using Release = void(void* block);
 using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);

@@ -179,6 +179,11 @@ using engine::Release;
 using engine::SetFlag;
 using engine::SetFlushToZero;
 using engine::VersionQuery;
+// The transforms are not elementwise: tests/engine/fft_test.cpp covers them at every level.
+using engine::FFTGetSize;
+using engine::FFTInit;
+using engine::FFTSplitTransform;
+using engine::FFTTransform;
 
 // ---- Reductions, thresholds and complex-domain helpers
 // --------------------------------------------
