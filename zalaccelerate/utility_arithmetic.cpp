@@ -1,40 +1,17 @@
 #include <complex>
 
 #include "engine/core/dispatch.h"
+#include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 namespace {
 
 namespace dispatch = zal::engine::dispatch;
+using engine_arguments::Engine;
+using engine_arguments::Length;
 using zal::engine::Complex32;
 using zal::engine::Complex64;
-
-// The engine's view of the caller's types: std::complex is layout-compatible with {re, im}.
-inline const float* Engine(const float* p) {
-  return p;
-}
-inline float* Engine(float* p) {
-  return p;
-}
-inline const double* Engine(const double* p) {
-  return p;
-}
-inline double* Engine(double* p) {
-  return p;
-}
-inline const Complex32* Engine(const std::complex<float>* p) {
-  return reinterpret_cast<const Complex32*>(p);
-}
-inline Complex32* Engine(std::complex<float>* p) {
-  return reinterpret_cast<Complex32*>(p);
-}
-inline const Complex64* Engine(const std::complex<double>* p) {
-  return reinterpret_cast<const Complex64*>(p);
-}
-inline Complex64* Engine(std::complex<double>* p) {
-  return reinterpret_cast<Complex64*>(p);
-}
 
 inline float Constant(float c) {
   return c;
@@ -44,11 +21,6 @@ inline double Constant(double c) {
 }
 inline Complex32 Constant(std::complex<float> c) {
   return {c.real(), c.imag()};
-}
-
-// Lengths of 2^31 and more arrive negative, and the engine refuses them.
-inline int Length(unsigned int len) {
-  return static_cast<int>(len);
 }
 
 }  // namespace

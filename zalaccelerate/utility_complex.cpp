@@ -2,26 +2,15 @@
 #include <complex>
 
 #include "engine/core/dispatch.h"
+#include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 namespace {
 
 namespace dispatch = zal::engine::dispatch;
-using zal::engine::Complex32;
-using zal::engine::Complex64;
-
-int Length(unsigned int len) {
-  return static_cast<int>(len);
-}
-
-// std::complex is layout-compatible with the engine's {re, im}.
-const Complex32* Engine(const std::complex<float>* p) {
-  return reinterpret_cast<const Complex32*>(p);
-}
-const Complex64* Engine(const std::complex<double>* p) {
-  return reinterpret_cast<const Complex64*>(p);
-}
+using engine_arguments::Engine;
+using engine_arguments::Length;
 
 }  // namespace
 

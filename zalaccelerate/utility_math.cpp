@@ -1,15 +1,12 @@
 #include "engine/core/dispatch.h"
+#include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 namespace {
 
 namespace dispatch = zal::engine::dispatch;
-
-// Lengths of 2^31 and more arrive negative, and the engine refuses them.
-inline int Length(unsigned int len) {
-  return static_cast<int>(len);
-}
+using engine_arguments::Length;
 
 }  // namespace
 

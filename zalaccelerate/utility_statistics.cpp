@@ -5,22 +5,19 @@
 #include <cstdint>
 
 #include "engine/core/dispatch.h"
+#include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 namespace {
 
 namespace dispatch = zal::engine::dispatch;
+using engine_arguments::Length;
 
 // Sum and Mean take the default algorithm; StandardDeviation the accurate one (double
 // accumulation).
 constexpr int kDefaultHint = 0;
 constexpr int kAccurateHint = 2;
-
-// Lengths of 2^31 and more arrive negative, and the engine refuses them.
-int Length(unsigned int len) {
-  return static_cast<int>(len);
-}
 
 template <class T, class Primitive, class... Args>
 T Result(Primitive primitive, Args... args) {

@@ -3,16 +3,14 @@
 #include <complex>
 
 #include "engine/core/dispatch.h"
+#include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
 
 namespace zalaccelerate::utility {
 namespace {
 
 namespace dispatch = zal::engine::dispatch;
-
-int Length(unsigned int len) {
-  return static_cast<int>(len);
-}
+using engine_arguments::Length;
 
 }  // namespace
 

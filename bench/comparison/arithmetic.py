@@ -8,7 +8,7 @@ write-allocate traffic)."""
 import re
 
 from .common import LEVEL_NAMES, list_benchmarks, markdown_table, median_ns, repetitions
-from .common import size_label
+from .common import any_of, size_label
 
 BINARIES = ("zal_bench_arithmetic", "zal_bench_dispatch")
 PEERS = ("plain", "plain-native", "volk", "eigen")
@@ -183,9 +183,7 @@ def compare(run, options):
     families = selected_families(list_benchmarks(binary), options.members, options.levels)
     if not families:
         return None
-    # The binary's regular expressions are POSIX extended ones: only the dots need escaping.
-    pattern = "^(" + "|".join(family.replace(".", r"\.") for family in families) + ")/n:"
-    report = run.report(binary, pattern)
+    report = run.report(binary, any_of(families, "/n:"))
     dispatch = dispatch_overhead(run.report(run.binary(BINARIES[1])))
     results = summarise(repetitions(report), families)
     rows = compare_with_peers(results)

@@ -44,6 +44,12 @@ def list_benchmarks(binary):
     return result.stdout.split()
 
 
+def any_of(names, suffix):
+    """A --benchmark_filter matching names that start with one of the given ones and go on with
+    suffix. The binary's regular expressions are POSIX extended ones: only dots need escaping."""
+    return "^(" + "|".join(name.replace(".", r"\.") for name in names) + ")" + suffix
+
+
 def repetitions(report):
     """Per benchmark name: every repetition's CPU time in ns, its counters' medians aside."""
     runs = {}

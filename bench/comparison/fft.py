@@ -10,7 +10,7 @@ import re
 from pathlib import Path
 
 from .common import LEVEL_NAMES, list_benchmarks, markdown_table, median_ns, repetitions
-from .common import size_label
+from .common import any_of, size_label
 
 BINARIES = ("zal_bench_fft",)
 KINDS = {"r32": "real float", "c32": "complex float", "s32": "split float",
@@ -201,8 +201,7 @@ def compare(run, options):
     names = selected_names(list_benchmarks(binary), options.members, options.levels)
     if not names:
         return None
-    pattern = "^(" + "|".join(name.replace(".", r"\.") for name in names) + ")$"
-    report = run.report(binary, pattern)
+    report = run.report(binary, any_of(names, "$"))
     results = summarise(repetitions(report))
     rows = rows_of(results)
     levels = level_rows(results) if options.levels else []

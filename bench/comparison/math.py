@@ -7,12 +7,13 @@ the -ffast-math loop divides and takes square roots by reciprocal approximations
 
 import re
 
-from .common import markdown_table, median_ns, repetitions
+from .common import any_of, list_benchmarks, markdown_table, median_ns, repetitions
 
 BINARIES = ("zal_bench_math",)
 PEERS = ("sleef", "libm", "libmvec", "volk")
 NAME = re.compile(r"^(?P<type>f32|f64)\.(?P<member>\w+)/(?P<contender>\w+)/n:(?P<n>\d+)$")
 SIZE = 4096
+NOT_MEASURED = "not measured"
 EXACT = ("Abs", "Sqr", "Sqrt", "Inverse", "Round")
 APPROXIMATING_PEERS = {"Sqrt": ("libmvec",), "Inverse": ("libmvec",)}
 
@@ -57,11 +58,16 @@ def check_targets(table):
     def ours(key):
         return table[key]["ours"]
 
+    # A target whose members --members left out is not reported.
     def faster(key, peer):
+        if key not in table:
+            return NOT_MEASURED
         ratio = table[key][peer] / ours(key)
         return None if ratio > 1 else f"{key} vs {peer}: {ratio:.2f}"
 
     def at_most(key, fraction, of):
+        if key not in table or of not in table:
+            return NOT_MEASURED
         share = ours(key) / ours(of)
         return None if share <= fraction else f"{key}: {share:.2f}x {of}"
 
@@ -83,7 +89,8 @@ def check_targets(table):
                    [f"{r['member']}: {r['ratio']:.2f}" for r in exact
                     if r["ratio"] is not None and r["ratio"] < 1.0]))
     return [{"target": target, "met": not [m for m in misses if m],
-             "misses": [m for m in misses if m]} for target, misses in checks]
+             "misses": [m for m in misses if m]} for target, misses in checks
+            if NOT_MEASURED not in misses]
 
 
 def markdown(context, table):
@@ -101,10 +108,12 @@ def markdown(context, table):
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    pattern = f"/n:{SIZE}$"
-    if options.members:
-        pattern = f"({options.members}).*{pattern}"
-    report = run.report(run.binary(BINARIES[0]), pattern)
+    binary = run.binary(BINARIES[0])
+    names = [name for name in list_benchmarks(binary)
+             if name.endswith(f"/n:{SIZE}") and re.search(options.members, name)]
+    if not names:
+        return None
+    report = run.report(binary, any_of(names, "$"))
     table = times(report)
     if not table:
         return None

@@ -6,7 +6,7 @@ memory-bound size is also set against the machine's read bandwidth, measured by 
 only loads (f32 Read)."""
 
 from .arithmetic import selected_families, summarise
-from .common import list_benchmarks, markdown_table, repetitions, size_label
+from .common import any_of, list_benchmarks, markdown_table, repetitions, size_label
 
 BINARIES = ("zal_bench_statistics",)
 PEERS = ("plain", "eigen", "volk")
@@ -87,8 +87,7 @@ def compare(run, options):
     families = selected_families(list_benchmarks(binary), options.members, options.levels)
     if not families:
         return None
-    pattern = "^(" + "|".join(family.replace(".", r"\.") for family in families) + ")/n:"
-    report = run.report(binary, pattern)
+    report = run.report(binary, any_of(families, "/n:"))
     results = summarise(repetitions(report), families)
     rows = rows_by_member(results)
     context = run.context(report)

@@ -6,17 +6,11 @@
 #include <type_traits>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 #include "engine/simd/vec-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
 namespace {
-
-// Arguments are checked before any memory is touched: null pointers first, then the length.
-template <class... Pointers>
-ZAL_INLINE EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 bool IsZeroValue(float x) {
   return x == 0.0f;

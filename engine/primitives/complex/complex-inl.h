@@ -7,17 +7,12 @@
 #include <cstddef>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 #include "engine/simd/vec-inl.h"
 #include "engine/simd/vec_trig-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
 namespace {
-
-template <class... Pointers>
-ZAL_INLINE EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 // Runs block(in, out, i) over whole vectors of kStep elements, then once more on copies of the
 // last few, padded with zeros: nothing is read or written past the caller's arrays.

@@ -11,15 +11,10 @@
 #include <iterator>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 
 namespace zal::engine::portable {
 namespace {
-
-template <class... Pointers>
-EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 constexpr float kAtanCoefficients[] = {
     1.112373330e-03f,  -7.313407568e-03f, 2.253651799e-02f,  -4.469485531e-02f, 6.742707342e-02f,

@@ -14,18 +14,12 @@
 
 #include "engine/core/error_hook.h"
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 #include "engine/primitives/math/math_constants-inl.h"
 #include "engine/simd/vec_math-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
 namespace {
-
-// Arguments are checked before any memory is touched: null pointers first, then the length.
-template <class... Pointers>
-ZAL_INLINE EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 // Vectors large enough to stream run out of line (see the arithmetic kernels).
 template <class T, class Op, class... Sources>

@@ -11,15 +11,10 @@
 
 #include "engine/core/error_hook.h"
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 
 namespace zal::engine::portable {
 namespace {
-
-template <class... Pointers>
-EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 template <class T, class F>
 EngStatus Each(F f, const T* s, T* d, int n) {

@@ -12,15 +12,10 @@
 #include <cstdint>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 
 namespace zal::engine::portable {
 namespace {
-
-template <class... Pointers>
-EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 constexpr int kAccurateHint = 2;
 

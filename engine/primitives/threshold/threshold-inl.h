@@ -12,16 +12,11 @@
 #include <cstdint>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 #include "engine/simd/vec-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
 namespace {
-
-template <class... Pointers>
-ZAL_INLINE EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 template <class T, class Op, class... Sources>
 ZAL_INLINE EngStatus Each(Op op, T* dst, int n, Sources... src) {

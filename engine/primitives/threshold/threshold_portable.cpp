@@ -9,15 +9,10 @@
 #include <cmath>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
 
 namespace zal::engine::portable {
 namespace {
-
-template <class... Pointers>
-EngStatus Check(int n, const Pointers*... pointers) {
-  if (!(pointers && ...)) return engStsNullPtrErr;
-  return n <= 0 ? engStsSizeErr : engStsNoErr;
-}
 
 template <class T, class Op, class... Sources>
 EngStatus Each(Op op, T* dst, int n, Sources... src) {
