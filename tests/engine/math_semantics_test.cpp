@@ -76,7 +76,8 @@ TEST(MathSemantics, RoundsHalvesAwayFromZeroKeepingTheSign) {
     Scatter<float>({static_cast<float>(c.x)}, f_in);
     f_out.resize(f_in.size());
     ASSERT_EQ(dispatch::RoundF32(f_in.data(), f_out.data(), static_cast<int>(f_in.size())), 0);
-    const float expected = std::round(static_cast<float>(c.x));
+    // Not the C library's roundf: some runtimes round 0.49999997f up.
+    const float expected = static_cast<float>(c.rounded);
     EXPECT_TRUE(SameBits(f_out[at[0]], expected)) << c.x << " -> " << Show(f_out[at[0]]);
   }
 }
