@@ -25,22 +25,31 @@ ALIGNED_MOVES = frozenset(
     "movaps movapd movdqa movntps movntpd movntdq movntdqa"
     " vmovaps vmovapd vmovdqa vmovdqa32 vmovdqa64 vmovntps vmovntpd vmovntdq vmovntdqa".split())
 WIDE_REGISTER = re.compile(r"%[yz]mm\d")
-# A memory operand based on the stack or frame pointer: disp(%rsp), (%rbp,%rax,8) ...
-STACK_OPERAND = re.compile(r"\(%[re][sb]p[,)]")
+# A memory operand based on the stack pointer, disp(%rsp) or (%rsp,%rax,8) ..., or on %rbp in a
+# function that makes it the frame pointer; elsewhere %rbp is an ordinary register.
+STACK_OPERAND = re.compile(r"\(%[re]sp[,)]")
+FRAME_OPERAND = re.compile(r"\(%[re]bp[,)]")
+# mov %rsp,%rbp or lea disp(%rsp),%rbp; not a load of %rbp from a stack slot.
+FRAME_POINTER_SETUP = {"mov": re.compile(r"^%rsp,%rbp$"), "lea": re.compile(r"\(%rsp\),%rbp$")}
 
 
-def is_offence(mnemonic, operands):
-    return (mnemonic in ALIGNED_MOVES and WIDE_REGISTER.search(operands) is not None and
-            STACK_OPERAND.search(operands) is not None)
+def is_offence(mnemonic, operands, has_frame_pointer):
+    on_stack = STACK_OPERAND.search(operands) is not None or (
+        has_frame_pointer and FRAME_OPERAND.search(operands) is not None)
+    return mnemonic in ALIGNED_MOVES and WIDE_REGISTER.search(operands) is not None and on_stack
 
 
 def check_object(objdump, path):
     """Returns (instruction count, offences) for one object."""
     count = 0
     offences = []
-    for i in disassembly.instructions(objdump, path):
+    instructions = list(disassembly.instructions(objdump, path))
+    framed = {i.function for i in instructions
+              if i.mnemonic in FRAME_POINTER_SETUP
+              and FRAME_POINTER_SETUP[i.mnemonic].search(i.operands)}
+    for i in instructions:
         count += 1
-        if is_offence(i.mnemonic, i.operands):
+        if is_offence(i.mnemonic, i.operands, i.function in framed):
             offences.append("{} {}+0x{} in {}: {}".format(path, i.section, i.address, i.function,
                                                           " ".join(i.text.split())))
     return count, offences
