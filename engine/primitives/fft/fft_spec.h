@@ -41,7 +41,8 @@ struct FFTSpec {
   int real_twiddles;
 };
 
-// Bytes from the spec to its unit-root tables: the header rounded up to whole cache lines.
+// Bytes from the start of the plan block to its unit-root tables: the header rounded up to whole
+// cache lines.
 inline constexpr int kFFTSpecHeaderBytes = (sizeof(FFTSpec) + 63) / 64 * 64;
 
 // exp(-2 pi i k / n), correctly rounded to double but for rare ties; 0 <= k < n.
