@@ -75,6 +75,8 @@ double PowDouble(double x, double y, int i) {
   if (x == 0 && y < 0) ReportMathError(i, engStsSingularity, "Pow64");
   if (x < 0 && std::isfinite(x) && std::isfinite(y) && std::nearbyint(y) != y) {
     ReportMathError(i, engStsDomain, "Pow64");
+    // Some C runtimes read a subnormal exponent as zero here and return 1.
+    return std::numeric_limits<double>::quiet_NaN();
   }
   return std::pow(x, y);
 }
