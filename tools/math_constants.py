@@ -6,6 +6,7 @@ degrees), solved exactly in rationals from 40-digit function values. Run with no
 output is pasted into engine/primitives/math/math_constants-inl.h.
 """
 import math
+import struct
 from decimal import Decimal, getcontext
 from fractions import Fraction
 
@@ -37,7 +38,6 @@ def chebyshev_fit(g, a, b, degree):
 
 
 def to_float32(x):
-    import struct
     return struct.unpack('f', struct.pack('f', float(x)))[0]
 
 
@@ -150,6 +150,21 @@ def tables():
     shi, slo = split_on_grid(step, -43)
     print(f'// ln2/128 high, low: {hex_literal(shi)}, {hex_literal(slo)}')
     print(f'// 128/ln2: {hex_literal(float(128 / ln(2)))}')
+    # exp, 16 steps: 2^(j/16) with j << 48 taken from its bits, so that adding the bits of
+    # 16 e + j shifted by 48 gives 2^e 2^(j/16); and the relative tail.
+    print('// exp table, 16 steps: 2^(j/16) bits - (j << 48); tails')
+    powers, tails = [], []
+    for j in range(16):
+        t = D(2) ** (D(j) / 16)
+        hi = float(t)
+        bits = struct.unpack('<Q', struct.pack('<d', hi))[0] - (j << 48)
+        powers.append(hex_literal(struct.unpack('<d', struct.pack('<Q', bits))[0]))
+        tails.append(hex_literal(float((t - D(hi)) / D(hi))))
+    print(', '.join(powers))
+    print(', '.join(tails))
+    shi, slo = split_on_grid(ln(2) / 16, -43)
+    print(f'// ln2/16 high, low: {hex_literal(shi)}, {hex_literal(slo)}; 16/ln2: '
+          f'{hex_literal(float(16 / ln(2)))}')
 
 
 if __name__ == '__main__':

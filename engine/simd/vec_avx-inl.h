@@ -344,8 +344,8 @@ ZAL_INLINE VF64 Floor(VF64 v) {
 // 2^k for integral k of the normal exponent range.
 ZAL_INLINE VF32 Pow2I(VF32 k) {
   // (k + 127) * 2^23 converts exactly to the bits of 2^k.
-  const __m256 bits = _mm256_mul_ps(_mm256_add_ps(k.raw, _mm256_set1_ps(127.0f)),
-                                    _mm256_set1_ps(8388608.0f));
+  const __m256 bits =
+      _mm256_mul_ps(_mm256_add_ps(k.raw, _mm256_set1_ps(127.0f)), _mm256_set1_ps(8388608.0f));
   return {_mm256_castsi256_ps(_mm256_cvtps_epi32(bits))};
 }
 ZAL_INLINE VF64 Pow2I(VF64 k) {
@@ -400,11 +400,41 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
   const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
   return {_mm256_mask_i32gather_pd(_mm256_setzero_pd(), table, i, all, 8)};
 #else
-  const __m128d lower = _mm_loadh_pd(_mm_load_sd(table + _mm_cvtsi128_si32(i)),
-                                     table + _mm_extract_epi32(i, 1));
-  const __m128d upper = _mm_loadh_pd(_mm_load_sd(table + _mm_extract_epi32(i, 2)),
-                                     table + _mm_extract_epi32(i, 3));
+  const __m128d lower =
+      _mm_loadh_pd(_mm_load_sd(table + _mm_cvtsi128_si32(i)), table + _mm_extract_epi32(i, 1));
+  const __m128d upper =
+      _mm_loadh_pd(_mm_load_sd(table + _mm_extract_epi32(i, 2)), table + _mm_extract_epi32(i, 3));
   return {_mm256_set_m128d(upper, lower)};
+#endif
+}
+
+// table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
+// offset by 1.5 * 2^52 holds its integer).
+ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
+#if ZAL_LEVEL_INDEX >= 4
+  const __m256i j = _mm256_and_si256(_mm256_castpd_si256(v.raw), _mm256_set1_epi64x(15));
+  const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
+  return {_mm256_mask_i64gather_pd(_mm256_setzero_pd(), table, j, all, 8)};
+#else
+  alignas(32) std::int64_t lanes[4];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), _mm256_castpd_si256(v.raw));
+  return {_mm256_setr_pd(table[lanes[0] & 15], table[lanes[1] & 15], table[lanes[2] & 15],
+                         table[lanes[3] & 15])};
+#endif
+}
+// The bits of v plus those of u shifted left by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 AddShiftedBits(VF64 v, VF64 u) {
+  const __m256i a = _mm256_castpd_si256(v.raw);
+  const __m256i b = _mm256_castpd_si256(u.raw);
+#if ZAL_LEVEL_INDEX >= 4
+  return {_mm256_castsi256_pd(_mm256_add_epi64(a, _mm256_slli_epi64(b, kShift)))};
+#else
+  const __m128i lower =
+      _mm_add_epi64(_mm256_castsi256_si128(a), _mm_slli_epi64(_mm256_castsi256_si128(b), kShift));
+  const __m128i upper = _mm_add_epi64(_mm256_extractf128_si256(a, 1),
+                                      _mm_slli_epi64(_mm256_extractf128_si256(b, 1), kShift));
+  return {_mm256_castsi256_pd(_mm256_set_m128i(upper, lower))};
 #endif
 }
 

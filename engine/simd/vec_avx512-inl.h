@@ -435,6 +435,19 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
   return {_mm512_i32gather_pd(_mm512_cvttpd_epi32(index.raw), table, 8)};
 }
 
+// table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
+// offset by 1.5 * 2^52 holds its integer): two registers and one permutation.
+ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
+  return {_mm512_permutex2var_pd(_mm512_loadu_pd(table), _mm512_castpd_si512(v.raw),
+                                 _mm512_loadu_pd(table + 8))};
+}
+// The bits of v plus those of u shifted left by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 AddShiftedBits(VF64 v, VF64 u) {
+  return {_mm512_castsi512_pd(_mm512_add_epi64(
+      _mm512_castpd_si512(v.raw), _mm512_slli_epi64(_mm512_castpd_si512(u.raw), kShift)))};
+}
+
 // Float lanes widened: the lower and the upper half of v.
 ZAL_INLINE VF64 LowerToF64(VF32 v) {
   return {_mm512_cvtps_pd(_mm512_castps512_ps256(v.raw))};

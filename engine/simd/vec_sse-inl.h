@@ -396,6 +396,21 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
   return {_mm_loadh_pd(_mm_load_sd(table + i0), table + i1)};
 }
 
+// table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
+// offset by 1.5 * 2^52 holds its integer).
+ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
+  const __m128i bits = _mm_castpd_si128(v.raw);
+  const int i0 = _mm_cvtsi128_si32(bits) & 15;
+  const int i1 = _mm_cvtsi128_si32(_mm_srli_si128(bits, 8)) & 15;
+  return {_mm_loadh_pd(_mm_load_sd(table + i0), table + i1)};
+}
+// The bits of v plus those of u shifted left by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 AddShiftedBits(VF64 v, VF64 u) {
+  return {_mm_castsi128_pd(
+      _mm_add_epi64(_mm_castpd_si128(v.raw), _mm_slli_epi64(_mm_castpd_si128(u.raw), kShift)))};
+}
+
 // Float lanes widened: the lower and the upper half of v.
 ZAL_INLINE VF64 LowerToF64(VF32 v) {
   return {_mm_cvtps_pd(v.raw)};

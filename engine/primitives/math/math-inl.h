@@ -88,9 +88,9 @@ constexpr auto kExpF32Op = [](VF32 x) {
   return Select(Unordered(x, x), x + x, ScaleWide(p, k));
 };
 
-// Double: e^x = 2^e 2^(j/128) e^r, r = x - (128 e + j) ln2/128, |r| <= ln2/256, with the table
-// entry's tail folded into the polynomial. `extra` is a small correction to x (the low part of a
-// double-double argument, or 0).
+// Double, the power function's: e^x = 2^e 2^(j/128) e^r, r = x - (128 e + j) ln2/128,
+// |r| <= ln2/256, with the table entry's tail folded into the polynomial. `extra` is a small
+// correction to x (the low part of a double-double argument, or 0).
 template <std::size_t N>
 ZAL_INLINE VF64 ExpF64Core(VF64 x, VF64 extra, const double (&tail)[N], bool wide) {
   const VF64 kd = RoundNearestEven(x * Constant<VF64>(kExpSteps));
@@ -119,12 +119,45 @@ ZAL_INLINE VF64 ExpF64Wide(VF64 x, VF64 extra, const double (&tail)[N]) {
   return Select(Unordered(x, x), x + x, ExpF64Core(clamped, correction, tail, true));
 }
 
+// Double, 16 steps: e^x = 2^e 2^(j/16) e^r, r = x - (16 e + j) ln2/16, |r| <= ln2/32. Adding
+// 1.5 2^52 to x 16/ln2 rounds it and leaves 16 e + j in the low bits of z, which index the table
+// (one permutation of two registers at avx512) and, shifted into the exponent field, scale the
+// entry by 2^e.
+struct ExpF64Reduction {
+  VF64 z;
+  VF64 r;
+};
+ZAL_INLINE ExpF64Reduction ReduceExpF64(VF64 x) {
+  const VF64 shift = Constant<VF64>(0x1.8p52);
+  const VF64 z = MulAdd(x, Constant<VF64>(kExp16Steps), shift);
+  const VF64 kd = z - shift;
+  const VF64 r_high = MulAdd(kd, Constant<VF64>(-kExp16StepHigh), x);
+  return {z, MulAdd(kd, Constant<VF64>(-kExp16StepLow), r_high)};
+}
+
+// e^r - 1 plus the table entry's tail.
+ZAL_INLINE VF64 ExpF64Minus1(ExpF64Reduction a) {
+  const VF64 r = a.r;
+  return MulAdd(r * r, Polynomial(r, kExp16Tail7), r + LookupLowBits16(kExp16Tails, a.z));
+}
+
 constexpr auto kExpF64Op = [](VF64 x) {
-  const VF64 zero = Constant<VF64>(0.0);
   if (AllLanes<VF64>(LessEqual(Abs(x), Constant<VF64>(708.0)))) {
-    return ExpF64Core(x, zero, kExpTail5, false);
+    const ExpF64Reduction a = ReduceExpF64(x);
+    const VF64 power = AddShiftedBits<48>(LookupLowBits16(kExp16Powers, a.z), a.z);
+    return MulAdd(power, ExpF64Minus1(a), power);
   }
-  return ExpF64Wide(x, zero, kExpTail5);
+  // Overflow, subnormal results, NaN (whose lanes compute e^0): 2^(j/16) alone, then scaled in
+  // two steps.
+  VF64 clamped = Select(Unordered(x, x), Constant<VF64>(0.0), x);
+  clamped = Select(Less(clamped, Constant<VF64>(-746.0)), Constant<VF64>(-746.0), clamped);
+  clamped = Select(Less(Constant<VF64>(710.0), clamped), Constant<VF64>(710.0), clamped);
+  const ExpF64Reduction a = ReduceExpF64(clamped);
+  const VF64 shift = Constant<VF64>(0x1.8p52);
+  const VF64 e = Floor((a.z - shift) * Constant<VF64>(1.0 / 16));
+  const VF64 power =
+      AddShiftedBits<48>(LookupLowBits16(kExp16Powers, a.z), a.z - e * Constant<VF64>(16.0));
+  return Select(Unordered(x, x), x + x, ScaleWide(MulAdd(power, ExpF64Minus1(a), power), e));
 };
 
 // ---- Float logarithm

@@ -666,6 +666,44 @@ constexpr double kExpSteps = 0x1.71547652b82fep+7;     // 128 / ln 2
 constexpr double kExpStepHigh = 0x1.62e42fefap-8;      // ln2 / 128, 35 bits
 constexpr double kExpStepLow = 0x1.cf79abc9e3b3ap-47;  // the rest
 
+// Double exponential, 16 steps: entry j holds the bits of 2^(j/16) rounded, less j << 48 (so that
+// adding the bits of 16 e + j shifted left by 48 gives 2^e 2^(j/16)), and the relative tail.
+alignas(64) constexpr double kExp16Powers[16] = {0x1p+0,
+                                                 0x1.fb5586cf9890fp-1,
+                                                 0x1.f72b83c7d517bp-1,
+                                                 0x1.f387a6e756238p-1,
+                                                 0x1.f06fe0a31b715p-1,
+                                                 0x1.edea64c123422p-1,
+                                                 0x1.ebfdad5362a27p-1,
+                                                 0x1.eab07dd485429p-1,
+                                                 0x1.ea09e667f3bcdp-1,
+                                                 0x1.ea11473eb0187p-1,
+                                                 0x1.eace5422aa0dbp-1,
+                                                 0x1.ec49182a3f09p-1,
+                                                 0x1.ee89f995ad3adp-1,
+                                                 0x1.f199bdd85529cp-1,
+                                                 0x1.f5818dcfba487p-1,
+                                                 0x1.fa4afa2a490dap-1};
+alignas(64) constexpr double kExp16Tails[16] = {0x0p+0,
+                                                0x1.79aa65d837b6dp-54,
+                                                -0x1.01b15eaa59348p-55,
+                                                0x1.68efde3a8a894p-54,
+                                                0x1.34d754db0abb6p-55,
+                                                0x1.59f48a72a4c6dp-55,
+                                                0x1.690cebb7aafbp-56,
+                                                0x1.063e1e21c5409p-54,
+                                                -0x1.3b3efbf5e2228p-54,
+                                                -0x1.b32dcb94da51dp-56,
+                                                0x1.db72fc1f0eab4p-55,
+                                                0x1.1affc2b91ce27p-56,
+                                                0x1.c1a7792cb3387p-55,
+                                                0x1.36eae30af0cb3p-56,
+                                                0x1.4a385a63d07a7p-56,
+                                                -0x1.ff7128fd391fp-55};
+constexpr double kExp16Steps = 0x1.71547652b82fep+4;      // 16 / ln 2
+constexpr double kExp16StepHigh = 0x1.62e42fefa4p-5;      // ln2 / 16 on a 2^-43 grid
+constexpr double kExp16StepLow = -0x1.8432a1b0e2634p-47;  // the rest
+
 // Float exponential: (e^r - 1 - r) / r^2 on |r| <= ln2 / 2.
 constexpr float kExpF32[] = {0x1p-1f, 0x1.5554dep-3f, 0x1.55551ap-5f, 0x1.120b62p-7f,
                              0x1.6d10fcp-10f};
@@ -693,6 +731,8 @@ constexpr double kLog1pTail4[] = {-0.5, 1.0 / 3, -0.25};
 // (e^r - 1 - r) / r^2 = 1/2 + r/6 ..., |r| <= ln2/256: to degree 5 of e^r, and degree 3.
 constexpr double kExpTail5[] = {0.5, 1.0 / 6, 1.0 / 24, 1.0 / 120};
 constexpr double kExpTail3[] = {0.5, 1.0 / 6};
+// (e^r - 1 - r) / r^2 to degree 7 of e^r, |r| <= ln2/32 (relative error 2^-59.5).
+constexpr double kExp16Tail7[] = {0.5, 1.0 / 6, 1.0 / 24, 1.0 / 120, 1.0 / 720, 1.0 / 5040};
 
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL
