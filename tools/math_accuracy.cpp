@@ -8,6 +8,7 @@
 //                                                  C library's double functions (within 2^-52,
 //                                                  so float errors come out to better than 2^-28
 //                                                  ulp)
+//   --only NAME                                    just the function NAME (e.g. LnF32Prec21)
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -43,11 +44,18 @@ std::vector<int> Levels(int forced) {
   return levels;
 }
 
+// The function named by --only, or every function when none was named.
+const char* g_only = nullptr;
+bool Chosen(const char* name) {
+  return !g_only || !std::strcmp(g_only, name);
+}
+
 int Sampled(std::uint64_t samples, int forced) {
   std::printf("| function | bound | level | max ulp | min correct bits | worst case |\n");
   std::printf("|---|---|---|---|---|---|\n");
   int failures = 0;
   for (const math::Function& f : math::Functions()) {
+    if (!Chosen(f.name)) continue;
     const math::Sample sample(f, samples, 0xacc0000 + std::strlen(f.name));
     for (int level : Levels(forced)) {
       const math::Errors e = sample.Measure(level);
@@ -113,6 +121,7 @@ int Exhaustive(int forced) {
   std::printf("|---|---|---|---|---|---|\n");
   int failures = 0;
   for (const FloatFunction& f : functions) {
+    if (!Chosen(f.name)) continue;
     for (int level : Levels(forced)) {
       double max_ulps = 0;
       double min_bits = 99;
@@ -176,8 +185,11 @@ int main(int argc, char** argv) {
       level = std::atoi(argv[++i]);
     } else if (!std::strcmp(argv[i], "--exhaustive")) {
       exhaustive = true;
+    } else if (!std::strcmp(argv[i], "--only") && i + 1 < argc) {
+      g_only = argv[++i];
     } else {
-      std::fprintf(stderr, "usage: %s [--samples N | --exhaustive] [--level 0..5]\n", argv[0]);
+      std::fprintf(stderr, "usage: %s [--samples N | --exhaustive] [--level 0..5] [--only NAME]\n",
+                   argv[0]);
       return 2;
     }
   }

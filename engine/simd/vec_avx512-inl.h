@@ -419,6 +419,10 @@ ZAL_INLINE VF32 GetMantissa(VF32 v) {
 ZAL_INLINE VF64 GetMantissa(VF64 v) {
   return {_mm512_getmant_pd(v.raw, _MM_MANT_NORM_1_2, _MM_MANT_SIGN_zero)};
 }
+// |v| 2^-k in [3/4, 3/2), for the k that puts it there.
+ZAL_INLINE VF32 GetMantissaNearOne(VF32 v) {
+  return {_mm512_getmant_ps(v.raw, _MM_MANT_NORM_p75_1p5, _MM_MANT_SIGN_zero)};
+}
 // The biased exponent field of a value with a clear sign bit, as a value.
 ZAL_INLINE VF32 ExponentField(VF32 v) {
   return {_mm512_cvtepi32_ps(_mm512_srli_epi32(_mm512_castps_si512(v.raw), 23))};

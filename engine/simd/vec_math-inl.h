@@ -112,6 +112,23 @@ ZAL_INLINE ExponentSplit<V> SplitExponent(V x) {
           Select(above, in_one_two * Constant<V>(0.5), in_one_two)};
 }
 
+// x = 2^k * m with m in [3/4, 3/2), for float x from the smallest normal to 2^127.
+template <class V>
+ZAL_INLINE ExponentSplit<V> SplitExponentNearOne(V x) {
+  static_assert(sizeof(LaneOf<V>) == 4, "the float 4/3 decides the split");
+  if constexpr (kHasExponentOps) {
+    // getmant's range and the exponent of 4/3 x agree: the float 4/3 lies a little above 4/3, so
+    // 4/3 x reaches the next power of two at m = 3/2, and after rounding not for the float below.
+    return {GetExponent(x * Constant<V>(4.0 / 3)), GetMantissaNearOne(x)};
+  } else {
+    const V in_one_two = Or(And(x, FromBits<V>(0x007FFFFFu)), Constant<V>(1.0));
+    const V exponent = ExponentField(x) - Constant<V>(127.0);
+    const auto above = LessEqual(Constant<V>(1.5), in_one_two);
+    return {Select(above, exponent + Constant<V>(1.0), exponent),
+            Select(above, in_one_two * Constant<V>(0.5), in_one_two)};
+  }
+}
+
 // x * 2^k for integral k, from the smallest subnormal result to overflow: two normal factors,
 // so that only the last product rounds.
 template <class V>

@@ -142,7 +142,9 @@ ZAL_INLINE VF64 ExpF64Minus1(ExpF64Reduction a) {
 }
 
 constexpr auto kExpF64Op = [](VF64 x) {
-  if (AllLanes<VF64>(LessEqual(Abs(x), Constant<VF64>(708.0)))) {
+  // Scaled first: within +-700 the product power q stays normal (without fused multiply-adds it
+  // is rounded on its own).
+  if (AllLanes<VF64>(LessEqual(Abs(x), Constant<VF64>(700.0)))) {
     const ExpF64Reduction a = ReduceExpF64(x);
     const VF64 power = AddShiftedBits<48>(LookupLowBits16(kExp16Powers, a.z), a.z);
     return MulAdd(power, ExpF64Minus1(a), power);
@@ -163,23 +165,35 @@ constexpr auto kExpF64Op = [](VF64 x) {
 // ---- Float logarithm
 // ------------------------------------------------------------------------------
 
-// ln x = k ln2 + ln(1 + f) for positive normal x, x = 2^k (1 + f), |f| <= sqrt(2) - 1. The
-// polynomial class picks the accuracy: a cubic tail f^3 p(f) after f - f^2/2, or f p(f).
+// ln x = k ln2 + ln(1 + f) for positive normal x, x = 2^k (1 + f). The class picks the form: for
+// full accuracy and 24 bits, |f| <= sqrt(2) - 1 and a cubic tail f^3 p(f) after f - f^2/2; for 21
+// and 11 bits, f in [-1/4, 1/2) from a cheaper split (x up to 2^127) and f p(f).
 enum class LnF32Class { kFull, kBits24, kBits21, kBits11 };
 
 template <LnF32Class kClass>
-ZAL_INLINE VF32 LnF32Normal(VF32 x, VF32 offset) {
-  const ExponentSplit<VF32> split = SplitExponent(x);
-  const VF32 f = split.m - Constant<VF32>(1.0);
-  const VF32 k = split.k + offset;
-  if constexpr (kClass == LnF32Class::kBits11) {
-    return MulAdd(k, Constant<VF32>(0.6931471805599453), f * Polynomial(f, kLnF32Over11));
+inline constexpr bool kLnF32NearOne =
+    kClass == LnF32Class::kBits21 || kClass == LnF32Class::kBits11;
+
+template <LnF32Class kClass>
+ZAL_INLINE ExponentSplit<VF32> LnF32Split(VF32 x) {
+  if constexpr (kLnF32NearOne<kClass>) {
+    return SplitExponentNearOne(x);
+  } else {
+    return SplitExponent(x);
+  }
+}
+
+template <LnF32Class kClass>
+ZAL_INLINE VF32 LnF32FromSplit(VF32 k, VF32 m) {
+  const VF32 f = m - Constant<VF32>(1.0);
+  if constexpr (kLnF32NearOne<kClass>) {
+    const VF32 p =
+        kClass == LnF32Class::kBits21 ? Polynomial(f, kLnF32Over21) : Polynomial(f, kLnF32Over11);
+    return MulAdd(k, Constant<VF32>(0.6931471805599453), f * p);
   } else {
     const VF32 f2 = f * f;
-    VF32 p;
-    if constexpr (kClass == LnF32Class::kFull) p = Polynomial(f, kLnF32Cubic);
-    if constexpr (kClass == LnF32Class::kBits24) p = Polynomial(f, kLnF32Cubic24);
-    if constexpr (kClass == LnF32Class::kBits21) p = Polynomial(f, kLnF32Cubic21);
+    const VF32 p =
+        kClass == LnF32Class::kFull ? Polynomial(f, kLnF32Cubic) : Polynomial(f, kLnF32Cubic24);
     const VF32 tail = MulAdd(f2 * f, p, Constant<VF32>(-0.5) * f2);
     if constexpr (kClass == LnF32Class::kFull) {
       // The small terms first, then f, then the exact k ln2_high.
@@ -196,14 +210,25 @@ struct LnF32Op {
   ZAL_INLINE VF32 operator()(VF32 x) const {
     const VF32 min_normal = Constant<VF32>(std::numeric_limits<float>::min());
     const VF32 max_finite = Constant<VF32>(std::numeric_limits<float>::max());
-    const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
-    const VF32 zero = Constant<VF32>(0.0);
-    if (AllLanes<VF32>(normal)) return LnF32Normal<kClass>(x, zero);
+    // The reduced classes' split takes x up to 2^127; larger x are halved below.
+    const VF32 top = kLnF32NearOne<kClass> ? Constant<VF32>(0x1p127) : max_finite;
+    const auto plain = LessEqual(min_normal, x) & LessEqual(x, top);
+    if (AllLanes<VF32>(plain)) {
+      const ExponentSplit<VF32> split = LnF32Split<kClass>(x);
+      return LnF32FromSplit<kClass>(split.k, split.m);
+    }
     // Subnormals scaled by 2^24 into the normal range; every other lane computes ln 1.
+    const VF32 zero = Constant<VF32>(0.0);
     const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
-    const VF32 scaled = Select(subnormal, x * Constant<VF32>(16777216.0), x);
-    VF32 y = LnF32Normal<kClass>(Select(normal | subnormal, scaled, Constant<VF32>(1.0)),
-                                 Select(subnormal, Constant<VF32>(-24.0), zero));
+    const auto large = AndNot(LessEqual(x, top), LessEqual(x, max_finite));
+    const auto finite = plain | subnormal | large;
+    VF32 scaled = Select(subnormal, x * Constant<VF32>(16777216.0), x);
+    scaled = Select(large, x * Constant<VF32>(0.5), scaled);
+    const VF32 offset =
+        Select(subnormal, Constant<VF32>(-24.0), Select(large, Constant<VF32>(1.0), zero));
+    const ExponentSplit<VF32> split =
+        LnF32Split<kClass>(Select(finite, scaled, Constant<VF32>(1.0)));
+    VF32 y = LnF32FromSplit<kClass>(split.k + offset, split.m);
     const VF32 nan = FromBits<VF32>(0xFFC00000u);
     y = Select(Less(x, zero), nan, y);
     y = Select(Equal(x, zero), Constant<VF32>(-std::numeric_limits<float>::infinity()), y);
