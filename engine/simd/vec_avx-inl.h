@@ -408,6 +408,11 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
 #endif
 }
 
+// table[index] for a 16-entry table and integral indices 0 to 15.
+ZAL_INLINE VF64 Lookup16(const double (&table)[16], VF64 index) {
+  return Gather(table, index);
+}
+
 // Float lanes widened: the lower and the upper half of v.
 ZAL_INLINE VF64 LowerToF64(VF32 v) {
   return {_mm256_cvtps_pd(_mm256_castps256_ps128(v.raw))};

@@ -435,6 +435,13 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
   return {_mm512_i32gather_pd(_mm512_cvttpd_epi32(index.raw), table, 8)};
 }
 
+// table[index] for a 16-entry table and integral indices 0 to 15: the table fits two registers,
+// and one permutation replaces the gather.
+ZAL_INLINE VF64 Lookup16(const double (&table)[16], VF64 index) {
+  return {_mm512_permutex2var_pd(_mm512_loadu_pd(table), _mm512_cvttpd_epi64(index.raw),
+                                 _mm512_loadu_pd(table + 8))};
+}
+
 // Float lanes widened: the lower and the upper half of v.
 ZAL_INLINE VF64 LowerToF64(VF32 v) {
   return {_mm512_cvtps_pd(_mm512_castps512_ps256(v.raw))};

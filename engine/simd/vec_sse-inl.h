@@ -396,6 +396,11 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
   return {_mm_loadh_pd(_mm_load_sd(table + i0), table + i1)};
 }
 
+// table[index] for a 16-entry table and integral indices 0 to 15.
+ZAL_INLINE VF64 Lookup16(const double (&table)[16], VF64 index) {
+  return Gather(table, index);
+}
+
 // Float lanes widened: the lower and the upper half of v.
 ZAL_INLINE VF64 LowerToF64(VF32 v) {
   return {_mm_cvtps_pd(v.raw)};
