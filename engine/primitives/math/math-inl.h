@@ -393,10 +393,13 @@ struct PowF64Op {
   }
 };
 
-// Float: the light double power on each half; float subnormals are normal doubles.
-constexpr auto kPowF32Op = [](VF32 x, VF32 y) {
-  return JoinToF32(PowF64Vector<PowClass::kLight>(LowerToF64(x), LowerToF64(y), 0, nullptr),
-                   PowF64Vector<PowClass::kLight>(UpperToF64(x), UpperToF64(y), 0, nullptr));
+// Float: the light double power on each half; float subnormals are normal doubles. Forced inline
+// into the loop, as a lambda of this size is not.
+struct PowF32Op {
+  ZAL_INLINE VF32 operator()(VF32 x, VF32 y) const {
+    return JoinToF32(PowF64Vector<PowClass::kLight>(LowerToF64(x), LowerToF64(y), 0, nullptr),
+                     PowF64Vector<PowClass::kLight>(UpperToF64(x), UpperToF64(y), 0, nullptr));
+  }
 };
 
 // ---- Reciprocal, 26 bits
@@ -492,7 +495,7 @@ EngStatus LnF64(const double* s, double* d, int n) {
   return Each(LnF64Op{&next}, d, n, s);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
-  return Each(kPowF32Op, d, n, base, exponent);
+  return Each(PowF32Op{}, d, n, base, exponent);
 }
 EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
   std::ptrdiff_t next = 0;
