@@ -273,8 +273,9 @@ ZAL_INLINE VF64 Log2Light(VF64 x, VF64 offset) {
   const VF64 in_binade = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
   const auto fold = LessEqual(Constant<VF64>(1.96875), in_binade);
   const VF64 m = Select(fold, in_binade * Constant<VF64>(0.5), in_binade);
-  const VF64 bias = Select(fold, Constant<VF64>(1022.0), Constant<VF64>(1023.0));
-  const VF64 e = ExponentField(x) - bias + offset;
+  // The offset joins the bias: a constant zero folds away.
+  const VF64 bias = Select(fold, Constant<VF64>(1022.0) - offset, Constant<VF64>(1023.0) - offset);
+  const VF64 e = ExponentField(x) - bias;
   const VF64 i = RoundNearestEven((m - one) * Constant<VF64>(16.0));
   const VF64 r = MulAdd(m, Lookup16(kLog2Inverse, i), Negate(one));
   return MulAdd(r, Polynomial(r, kLog2OverR), e + Lookup16(kLog2Centre, i));
@@ -393,10 +394,18 @@ struct PowF64Op {
   }
 };
 
-// Float: the light double power on each half; float subnormals are normal doubles. Forced inline
-// into the loop, as a lambda of this size is not.
+// Float: the light double power on each half; float subnormals are normal doubles. One check
+// sends the whole vector down the plain path when every base is positive and finite and every
+// exponent finite. Forced inline into the loop, as a lambda of this size is not.
 struct PowF32Op {
   ZAL_INLINE VF32 operator()(VF32 x, VF32 y) const {
+    const VF32 inf = Constant<VF32>(std::numeric_limits<float>::infinity());
+    const auto plain = Less(Constant<VF32>(0.0), x) & Less(x, inf) & Less(Abs(y), inf);
+    if (AllLanes<VF32>(plain)) {
+      const VF64 zero = Constant<VF64>(0.0);
+      return JoinToF32(PowMagnitude<PowClass::kLight>(LowerToF64(x), zero, LowerToF64(y)),
+                       PowMagnitude<PowClass::kLight>(UpperToF64(x), zero, UpperToF64(y)));
+    }
     return JoinToF32(PowF64Vector<PowClass::kLight>(LowerToF64(x), LowerToF64(y), 0, nullptr),
                      PowF64Vector<PowClass::kLight>(UpperToF64(x), UpperToF64(y), 0, nullptr));
   }
