@@ -308,8 +308,10 @@ struct LnF64Op {
 // ---- Power -------------------------------------------------------------------------------------
 
 // |x|^y = e^(y ln|x|). Accurate: ln|x| as a double-double, the product y ln|x| too, so that the
-// exponential's argument carries about 2^-64 relative error. Fast: plain doubles, ~2^-30.
-enum class PowClass { kAccurate, kFast };
+// exponential's argument carries about 2^-64 relative error. Light: 2^(y log2|x|) in plain doubles
+// from 16-entry tables and short polynomials, within about 2^-34 (most of it the logarithm's
+// error scaled by |y log2 x|, which reaches 1075 only in double).
+enum class PowClass { kAccurate, kLight };
 
 // The exponential's argument stays within +-708 in all but extreme cases, which take the wide path.
 template <std::size_t N>
@@ -320,6 +322,45 @@ ZAL_INLINE VF64 ExpOfProduct(VF64 product, VF64 product_low, const double (&tail
   return ExpF64Wide(product, product_low, tail);
 }
 
+// log2 x for positive normal x, with `offset` added to the exponent: x = 2^e m, m within 1/32 of
+// c = 1 + i/16, log2 x = e + log2 c + log2(1 + r), r = m/c - 1. Mantissas within 1/32 of 2 join
+// the next binade's first interval, centred on 1, so that nothing cancels near x = 1; there
+// r = m - 1 is exact, elsewhere |log2 x| > 1/45 and the rounding of r is far below the target.
+ZAL_INLINE VF64 Log2Light(VF64 x, VF64 offset) {
+  const VF64 one = Constant<VF64>(1.0);
+  const VF64 in_binade = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
+  const auto fold = LessEqual(Constant<VF64>(1.96875), in_binade);
+  const VF64 m = Select(fold, in_binade * Constant<VF64>(0.5), in_binade);
+  // The offset joins the bias: a constant zero folds away.
+  const VF64 bias = Select(fold, Constant<VF64>(1022.0) - offset, Constant<VF64>(1023.0) - offset);
+  const VF64 e = ExponentField(x) - bias;
+  // (m - 1) 16 is exact; adding 1.5 2^52 rounds it to the index i, left in the low bits.
+  const VF64 i = MulAdd(m - one, Constant<VF64>(16.0), Constant<VF64>(0x1.8p52));
+  const VF64 r = MulAdd(m, LookupLowBits16(kLog2Inverse, i), Negate(one));
+  return MulAdd(r, Polynomial(r, kLog2OverR), e + LookupLowBits16(kLog2Centre, i));
+}
+
+// 2^t = 2^e 2^(j/16) 2^f, |f| <= 1/32 (f exact); scaled last, in two steps where `wide`.
+ZAL_INLINE VF64 Exp2LightCore(VF64 t, bool wide) {
+  // t 16 is exact; adding 1.5 2^52 rounds it to k and leaves k mod 16 in the low bits.
+  const VF64 shift = Constant<VF64>(0x1.8p52);
+  const VF64 z = MulAdd(t, Constant<VF64>(16.0), shift);
+  const VF64 k = z - shift;
+  const VF64 f = MulAdd(k, Constant<VF64>(-1.0 / 16), t);
+  const VF64 e = Floor(k * Constant<VF64>(1.0 / 16));
+  const VF64 power = LookupLowBits16(kExp2Sixteenths, z);
+  const VF64 value = MulAdd(power, f * Polynomial(f, kExp2M1OverF), power);
+  return wide ? ScaleWide(value, e) : value * Pow2I(e);
+}
+
+// Beyond +-1000 the argument is clamped where the result has long overflowed or vanished.
+ZAL_INLINE VF64 Exp2Light(VF64 t) {
+  if (AllLanes<VF64>(LessEqual(Abs(t), Constant<VF64>(1000.0)))) return Exp2LightCore(t, false);
+  VF64 clamped = Select(Less(t, Constant<VF64>(-1100.0)), Constant<VF64>(-1100.0), t);
+  clamped = Select(Less(Constant<VF64>(1100.0), clamped), Constant<VF64>(1100.0), clamped);
+  return Exp2LightCore(clamped, true);
+}
+
 template <PowClass kClass>
 ZAL_INLINE VF64 PowMagnitude(VF64 ax, VF64 offset, VF64 y) {
   if constexpr (kClass == PowClass::kAccurate) {
@@ -328,8 +369,7 @@ ZAL_INLINE VF64 PowMagnitude(VF64 ax, VF64 offset, VF64 y) {
     const VF64 product = y * ln.hi;
     return ExpOfProduct(product, MulAdd(y, ln.lo, ProductError(y, ln.hi, product)), kExpTail5);
   } else {
-    const Sum<VF64> parts = LnF64Parts(ax, offset, kLog1pTail4);
-    return ExpOfProduct(y * (parts.hi + parts.lo), Constant<VF64>(0.0), kExpTail3);
+    return Exp2Light(y * Log2Light(ax, offset));
   }
 }
 
@@ -416,10 +456,21 @@ struct PowF64Op {
   }
 };
 
-// Float: the fast double power on each half, which is within 2^-29 before the final rounding.
-constexpr auto kPowF32Op = [](VF32 x, VF32 y) {
-  return JoinToF32(PowF64Vector<PowClass::kFast>(LowerToF64(x), LowerToF64(y), 0, nullptr),
-                   PowF64Vector<PowClass::kFast>(UpperToF64(x), UpperToF64(y), 0, nullptr));
+// Float: the light double power on each half; float subnormals are normal doubles. One check
+// sends the whole vector down the plain path when every base is positive and finite and every
+// exponent finite. Forced inline into the loop, as a lambda of this size is not.
+struct PowF32Op {
+  ZAL_INLINE VF32 operator()(VF32 x, VF32 y) const {
+    const VF32 inf = Constant<VF32>(std::numeric_limits<float>::infinity());
+    const auto plain = Less(Constant<VF32>(0.0), x) & Less(x, inf) & Less(Abs(y), inf);
+    if (AllLanes<VF32>(plain)) {
+      const VF64 zero = Constant<VF64>(0.0);
+      return JoinToF32(PowMagnitude<PowClass::kLight>(LowerToF64(x), zero, LowerToF64(y)),
+                       PowMagnitude<PowClass::kLight>(UpperToF64(x), zero, UpperToF64(y)));
+    }
+    return JoinToF32(PowF64Vector<PowClass::kLight>(LowerToF64(x), LowerToF64(y), 0, nullptr),
+                     PowF64Vector<PowClass::kLight>(UpperToF64(x), UpperToF64(y), 0, nullptr));
+  }
 };
 
 // ---- Reciprocal, 26 bits
@@ -515,7 +566,7 @@ EngStatus LnF64(const double* s, double* d, int n) {
   return Each(LnF64Op{&next}, d, n, s);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
-  return Each(kPowF32Op, d, n, base, exponent);
+  return Each(PowF32Op{}, d, n, base, exponent);
 }
 EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
   std::ptrdiff_t next = 0;
@@ -523,7 +574,7 @@ EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
 }
 EngStatus PowF64Prec26(const double* base, const double* exponent, double* d, int n) {
   std::ptrdiff_t next = 0;
-  return Each(PowF64Op<PowClass::kFast>{&next}, d, n, base, exponent);
+  return Each(PowF64Op<PowClass::kLight>{&next}, d, n, base, exponent);
 }
 
 }  // namespace zal::engine::ZAL_LEVEL

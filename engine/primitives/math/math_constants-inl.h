@@ -723,16 +723,60 @@ constexpr float kLn2HighF32 = 0x1.62e4p-1f;  // 16 bits: k ln2_high is exact
 constexpr float kLn2LowF32 = 0x1.7f7d1cp-20f;
 
 // ln(1 + r) - r = r^2 (-1/2 + r/3 - r^2/4 ...), |r| <= 2^-9.4: to degree 6 for the logarithm,
-// degree 4 where 2^-40 suffices; and the cubic part r^3 (1/3 - r/4 ...) to degree 7 for the
-// power function's double-double logarithm.
+// and the cubic part r^3 (1/3 - r/4 ...) to degree 7 for the power function's double-double
+// logarithm.
 constexpr double kLog1pTail6[] = {-0.5, 1.0 / 3, -0.25, 0.2, -1.0 / 6};
 constexpr double kLog1pCubic7[] = {1.0 / 3, -0.25, 0.2, -1.0 / 6, 1.0 / 7};
-constexpr double kLog1pTail4[] = {-0.5, 1.0 / 3, -0.25};
-// (e^r - 1 - r) / r^2 = 1/2 + r/6 ..., |r| <= ln2/256: to degree 5 of e^r, and degree 3.
+// (e^r - 1 - r) / r^2 = 1/2 + r/6 ..., |r| <= ln2/256: to degree 5 of e^r.
 constexpr double kExpTail5[] = {0.5, 1.0 / 6, 1.0 / 24, 1.0 / 120};
-constexpr double kExpTail3[] = {0.5, 1.0 / 6};
 // (e^r - 1 - r) / r^2 to degree 7 of e^r, |r| <= ln2/32 (relative error 2^-59.5).
 constexpr double kExp16Tail7[] = {0.5, 1.0 / 6, 1.0 / 24, 1.0 / 120, 1.0 / 720, 1.0 / 5040};
+
+// The light power (float Pow and Pow_Prec26). Logarithm: for c = 1 + i/16, 1/c rounded to 29
+// significant bits (so that m/c is exact for a float m) and log2 of its inverse; log2(1+r) / r
+// on r in [-0.0295, 0.0313] to relative 2^-44.3. Exponential: 2^(j/16), and (2^f - 1) / f on
+// |f| <= 1/32, which gives 2^f to relative 2^-37.5.
+alignas(64) constexpr double kLog2Inverse[16] = {
+    0x1p+0,         0x1.e1e1e1ep-1, 0x1.c71c71cp-1, 0x1.af286bdp-1, 0x1.999999ap-1, 0x1.8618618p-1,
+    0x1.745d174p-1, 0x1.642c859p-1, 0x1.5555555p-1, 0x1.47ae148p-1, 0x1.3b13b14p-1, 0x1.2f684bep-1,
+    0x1.2492492p-1, 0x1.1a7b961p-1, 0x1.1111111p-1, 0x1.0842108p-1};
+alignas(64) constexpr double kLog2Centre[16] = {0x0p+0,
+                                                0x1.663f6fc3a678dp-4,
+                                                0x1.5c01a3cde7f74p-3,
+                                                0x1.fbc16b67c143bp-3,
+                                                0x1.49a784a5bc715p-2,
+                                                0x1.91bba8a906b7fp-2,
+                                                0x1.d6753e1a43e85p-2,
+                                                0x1.0c10500ed4feep-1,
+                                                0x1.2b80347f8250cp-1,
+                                                0x1.49a784b14715p-1,
+                                                0x1.66a008d8ede91p-1,
+                                                0x1.82809d4d79ba9p-1,
+                                                0x1.9d5d9fe08baefp-1,
+                                                0x1.b74948f9a72bp-1,
+                                                0x1.d053f6d543325p-1,
+                                                0x1.e88c6b41b14aep-1};
+constexpr double kLog2OverR[] = {0x1.71547652b833dp+0,  -0x1.71547652d918ep-1, 0x1.ec709dbd98423p-2,
+                                 -0x1.71546d8b1030fp-2, 0x1.27771611fe127p-2,  -0x1.ed070d5abe1ep-3,
+                                 0x1.a43f7cbe8106p-3};
+alignas(64) constexpr double kExp2Sixteenths[16] = {0x1p+0,
+                                                    0x1.0b5586cf9890fp+0,
+                                                    0x1.172b83c7d517bp+0,
+                                                    0x1.2387a6e756238p+0,
+                                                    0x1.306fe0a31b715p+0,
+                                                    0x1.3dea64c123422p+0,
+                                                    0x1.4bfdad5362a27p+0,
+                                                    0x1.5ab07dd485429p+0,
+                                                    0x1.6a09e667f3bcdp+0,
+                                                    0x1.7a11473eb0187p+0,
+                                                    0x1.8ace5422aa0dbp+0,
+                                                    0x1.9c49182a3f09p+0,
+                                                    0x1.ae89f995ad3adp+0,
+                                                    0x1.c199bdd85529cp+0,
+                                                    0x1.d5818dcfba487p+0,
+                                                    0x1.ea4afa2a490dap+0};
+constexpr double kExp2M1OverF[] = {0x1.62e42fee4615fp-1, 0x1.ebfbdff78ad41p-3, 0x1.c6b3488206d06p-5,
+                                   0x1.3b2bfa0553142p-7};
 
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL
