@@ -4,8 +4,8 @@
 //
 // A core transform of n complex points, n = rows * lanes, index n = lanes * m + l, splits into:
 //  1. a rows-point transform along m of each column l, all columns at once: a point is one vector.
-//     Stockham radix-4 passes (a closing radix-2 one for odd orders), self-sorting, ping-ponging
-//     between two split buffers;
+//     Stockham radix-16 passes, then radix-4 ones and a closing radix-2 one for what remains,
+//     self-sorting, ping-ponging between two split buffers;
 //  2. one pass per block of lanes rows: twiddle by exp(-2 pi i l k1 / n), transpose the
 //     lanes x lanes block in registers, and a lanes-point transform across the registers, which
 //     yields X[k1 + rows * k2] as whole vectors in natural order.
@@ -177,6 +177,19 @@ ZAL_INLINE Cx<V> BroadcastRoot(const T* root) {
   return {BroadcastLanes<V>(root[0]), BroadcastLanes<V>(root[1])};
 }
 
+// The radix-4 butterfly in place: x[0..3] become sum_j x[j] (-i)^(jk), k = 0..3.
+template <class V>
+ZAL_INLINE void Butterfly4(Cx<V>* x) {
+  const Cx<V> apc = x[0] + x[2];
+  const Cx<V> amc = x[0] - x[2];
+  const Cx<V> bpd = x[1] + x[3];
+  const Cx<V> bmd_i = TimesMinusI(x[1] - x[3]);  // -i (b - d)
+  x[0] = apc + bpd;
+  x[1] = amc + bmd_i;
+  x[2] = apc - bpd;
+  x[3] = amc - bmd_i;
+}
+
 // One Stockham radix-4 pass: sub-transforms of `span` points `stride` vectors apart. kTwiddled
 // is false for the last pass (span 4), whose roots are all 1.
 template <bool kTwiddled, class V, class T, class In>
@@ -194,24 +207,82 @@ ZAL_NOINLINE void Radix4Pass(In in, T* out_blocks, int span, int stride, const T
       w3 = BroadcastRoot<V>(roots + 6 * p + 4);
     }
     for (std::ptrdiff_t q = 0; q < s; ++q) {
-      const Cx<V> a = in(q + s * p);
-      const Cx<V> b = in(q + s * (p + quarter));
-      const Cx<V> c = in(q + s * (p + 2 * quarter));
-      const Cx<V> d = in(q + s * (p + 3 * quarter));
-      const Cx<V> apc = a + c;
-      const Cx<V> amc = a - c;
-      const Cx<V> bpd = b + d;
-      const Cx<V> bmd_i = TimesMinusI(b - d);  // -i (b - d)
+      Cx<V> x[4] = {in(q + s * p), in(q + s * (p + quarter)), in(q + s * (p + 2 * quarter)),
+                    in(q + s * (p + 3 * quarter))};
+      Butterfly4(x);
       const std::ptrdiff_t o = q + s * 4 * p;
-      out(o, apc + bpd);
+      out(o, x[0]);
       if constexpr (kTwiddled) {
-        out(o + s, Times(amc + bmd_i, w1));
-        out(o + 2 * s, Times(apc - bpd, w2));
-        out(o + 3 * s, Times(amc - bmd_i, w3));
+        out(o + s, Times(x[1], w1));
+        out(o + 2 * s, Times(x[2], w2));
+        out(o + 3 * s, Times(x[3], w3));
       } else {
-        out(o + s, amc + bmd_i);
-        out(o + 2 * s, apc - bpd);
-        out(o + 3 * s, amc - bmd_i);
+        out(o + s, x[1]);
+        out(o + 2 * s, x[2]);
+        out(o + 3 * s, x[3]);
+      }
+    }
+  }
+}
+
+// exp(-2 pi i t / 16) for t = 0 .. 9, the products of the radix-16 pass's inner indices.
+inline constexpr double kRoots16[10][2] = {
+    {1, 0},
+    {0.92387953251128675613, -0.38268343236508977173},
+    {0.70710678118654752440, -0.70710678118654752440},
+    {0.38268343236508977173, -0.92387953251128675613},
+    {0, -1},
+    {-0.38268343236508977173, -0.92387953251128675613},
+    {-0.70710678118654752440, -0.70710678118654752440},
+    {-0.92387953251128675613, -0.38268343236508977173},
+    {-1, 0},
+    {-0.92387953251128675613, 0.38268343236508977173},
+};
+
+template <class V, class T>
+ZAL_INLINE Cx<V> TimesRoot16(Cx<V> x, int t) {
+  if (t == 0) return x;
+  if (t == 4) return TimesMinusI(x);
+  return Times(x, Cx<V>{BroadcastLanes<V>(static_cast<T>(kRoots16[t][0])),
+                        BroadcastLanes<V>(static_cast<T>(kRoots16[t][1]))});
+}
+
+// One Stockham radix-16 pass, two radix-4 steps of the same sub-transforms per trip through
+// memory: with j = j1 + 4 j2 and k = k1 + 4 k2, radix-4 along j2, twiddle by w16^(j1 k1),
+// radix-4 along j1. Roots w^(p k), k = 1 .. 15, 30 scalars per p; none for the last pass.
+template <bool kTwiddled, class V, class T, class In>
+ZAL_NOINLINE void Radix16Pass(In in, T* out_blocks, int span, int stride, const T* roots) {
+  const BlocksOut<V, T> out{out_blocks};
+  const std::ptrdiff_t sixteenth = span / 16;
+  const std::ptrdiff_t s = stride;
+  for (std::ptrdiff_t p = 0; p < sixteenth; ++p) {
+    const T* w = roots + 30 * p;
+    for (std::ptrdiff_t q = 0; q < s; ++q) {
+      Cx<V> x[16];
+      ZAL_FFT_UNROLL
+      for (int j1 = 0; j1 < 4; ++j1) {
+        Cx<V> column[4];
+        ZAL_FFT_UNROLL
+        for (int j2 = 0; j2 < 4; ++j2) column[j2] = in(q + s * (p + (j1 + 4 * j2) * sixteenth));
+        Butterfly4(column);
+        ZAL_FFT_UNROLL
+        for (int k1 = 0; k1 < 4; ++k1) x[4 * k1 + j1] = TimesRoot16<V, T>(column[k1], j1 * k1);
+      }
+      const std::ptrdiff_t o = q + s * 16 * p;
+      ZAL_FFT_UNROLL
+      for (int k1 = 0; k1 < 4; ++k1) {
+        Butterfly4(x + 4 * k1);
+        ZAL_FFT_UNROLL
+        for (int k2 = 0; k2 < 4; ++k2) {
+          const int k = k1 + 4 * k2;
+          if constexpr (kTwiddled) {
+            if (k > 0) {
+              out(o + s * k, Times(x[4 * k1 + k2], BroadcastRoot<V>(w + 2 * (k - 1))));
+              continue;
+            }
+          }
+          out(o + s * k, x[4 * k1 + k2]);
+        }
       }
     }
   }
@@ -233,6 +304,12 @@ template <class V, class T, class In>
 ZAL_INLINE void RunPass(const FFTPass& pass, In in, T* out, const T* tables) {
   if (pass.radix == 2) {
     Radix2Pass<V, T>(in, out, pass.stride);
+  } else if (pass.radix == 16) {
+    if (pass.span == 16) {
+      Radix16Pass<false, V, T>(in, out, 16, pass.stride, tables);
+    } else {
+      Radix16Pass<true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
+    }
   } else if (pass.span == 4) {
     Radix4Pass<false, V, T>(in, out, 4, pass.stride, tables);
   } else {
@@ -473,12 +550,15 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
   int offset = 0;
   int span = spec.rows;
   int stride = 1;
-  while (span >= 4) {
-    FFTPass& pass = spec.passes[spec.pass_count++];
-    pass = {4, span, stride, offset};
-    if (span > 4) offset += 6 * (span / 4);
-    span /= 4;
-    stride *= 4;
+  // Radix 16 halves the trips through memory; radix 4 and 2 take the remaining orders.
+  constexpr int kRadices[] = {16, 4};
+  for (const int radix : kRadices) {
+    while (span >= radix) {
+      spec.passes[spec.pass_count++] = {radix, span, stride, offset};
+      if (span > radix) offset += 2 * (radix - 1) * (span / radix);
+      span /= radix;
+      stride *= radix;
+    }
   }
   if (span == 2) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
   spec.row_twiddles = offset;
@@ -493,12 +573,14 @@ template <class T>
 void FillCoreTables(const FFTSpec& spec, T* tables) {
   for (int i = 0; i < spec.pass_count; ++i) {
     const FFTPass& pass = spec.passes[i];
-    if (pass.radix != 4 || pass.span == 4) continue;
+    const int radix = pass.radix;
+    if (radix == 2 || pass.span == radix) continue;
     T* roots = tables + pass.twiddles;
-    for (int p = 0; p < pass.span / 4; ++p) {
-      for (int m = 1; m <= 3; ++m) {
-        FFTUnitRoot(static_cast<long long>(m) * p, pass.span, roots + 6 * p + 2 * (m - 1),
-                    roots + 6 * p + 2 * (m - 1) + 1);
+    for (int p = 0; p < pass.span / radix; ++p) {
+      T* row = roots + 2 * (radix - 1) * p;
+      for (int m = 1; m < radix; ++m) {
+        FFTUnitRoot(static_cast<long long>(m) * p, pass.span, row + 2 * (m - 1),
+                    row + 2 * (m - 1) + 1);
       }
     }
   }
