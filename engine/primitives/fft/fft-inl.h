@@ -34,16 +34,29 @@ ZAL_INLINE void WithLanes(const FFTSpec& spec, Body body) {
 
 }  // namespace
 
+// Transforms shorter than lanes^2 points fill a lanes x lanes block only partly: a level with
+// narrower registers runs them faster. Float cores of at most 16 points go to sse42's 4 x 4
+// blocks from avx up; at avx512 the other cores shorter than 256 (float) or 64 (double) points go
+// to avx2's 8 x 8 or 4 x 4 ones. Their specs carry the tag of the level that runs them.
+#if ZAL_LEVEL_INDEX >= 3
+#define ZAL_FFT_TINY_SETUP(K, T, call) \
+  if (IsTinyFloatCore<T>(FFTKind::k##K, order)) return ::zal::engine::sse42::call;
+#define ZAL_FFT_TINY_RUN(call) \
+  if (spec && spec->level == 2) return ::zal::engine::sse42::call;
+#else
+#define ZAL_FFT_TINY_SETUP(K, T, call)
+#define ZAL_FFT_TINY_RUN(call)
+#endif
 #if ZAL_LEVEL_INDEX == 5
-// Transforms shorter than lanes^2 points would fill a 16 x 16 block only partly: the avx2 kernels,
-// whose blocks are a quarter the size, run them faster. Their specs carry the avx2 tag.
 #define ZAL_FFT_SHORT_SETUP(K, T, call) \
+  ZAL_FFT_TINY_SETUP(K, T, call)        \
   if (IsShortCore<T>(FFTKind::k##K, order)) return ::zal::engine::avx2::call;
 #define ZAL_FFT_SHORT_RUN(call) \
+  ZAL_FFT_TINY_RUN(call)        \
   if (spec && spec->level == 4) return ::zal::engine::avx2::call;
 #else
-#define ZAL_FFT_SHORT_SETUP(K, T, call)
-#define ZAL_FFT_SHORT_RUN(call)
+#define ZAL_FFT_SHORT_SETUP(K, T, call) ZAL_FFT_TINY_SETUP(K, T, call)
+#define ZAL_FFT_SHORT_RUN(call) ZAL_FFT_TINY_RUN(call)
 #endif
 
 ZAL_FFT_ALL_PRIMITIVES

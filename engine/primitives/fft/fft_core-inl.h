@@ -4,8 +4,8 @@
 //
 // A core transform of n complex points, n = rows * lanes, index n = lanes * m + l, splits into:
 //  1. a rows-point transform along m of each column l, all columns at once: a point is one vector.
-//     Stockham radix-4 passes (a closing radix-2 one for odd orders), self-sorting, ping-ponging
-//     between two split buffers;
+//     Stockham radix-16 passes and one closing radix-8, -4 or -2 pass for what remains,
+//     self-sorting, ping-ponging between two split buffers;
 //  2. one pass per block of lanes rows: twiddle by exp(-2 pi i l k1 / n), transpose the
 //     lanes x lanes block in registers, and a lanes-point transform across the registers, which
 //     yields X[k1 + rows * k2] as whole vectors in natural order.
@@ -177,47 +177,112 @@ ZAL_INLINE Cx<V> BroadcastRoot(const T* root) {
   return {BroadcastLanes<V>(root[0]), BroadcastLanes<V>(root[1])};
 }
 
-// One Stockham radix-4 pass: sub-transforms of `span` points `stride` vectors apart. kTwiddled
-// is false for the last pass (span 4), whose roots are all 1.
-template <bool kTwiddled, class V, class T, class In>
-ZAL_NOINLINE void Radix4Pass(In in, T* out_blocks, int span, int stride, const T* roots) {
+// The radix-4 butterfly in place: x[0..3] become sum_j x[j] (-i)^(jk), k = 0..3.
+template <class V>
+ZAL_INLINE void Butterfly4(Cx<V>* x) {
+  const Cx<V> apc = x[0] + x[2];
+  const Cx<V> amc = x[0] - x[2];
+  const Cx<V> bpd = x[1] + x[3];
+  const Cx<V> bmd_i = TimesMinusI(x[1] - x[3]);  // -i (b - d)
+  x[0] = apc + bpd;
+  x[1] = amc + bmd_i;
+  x[2] = apc - bpd;
+  x[3] = amc - bmd_i;
+}
+
+// The closing radix-4 pass when the rows' order is 2 mod 4: span 4, roots 1.
+template <class V, class T, class In>
+ZAL_NOINLINE void Radix4Pass(In in, T* out_blocks, int stride) {
   const BlocksOut<V, T> out{out_blocks};
-  const std::ptrdiff_t quarter = span / 4;
   const std::ptrdiff_t s = stride;
-  for (std::ptrdiff_t p = 0; p < quarter; ++p) {
-    Cx<V> w1{};
-    Cx<V> w2{};
-    Cx<V> w3{};
-    if constexpr (kTwiddled) {
-      w1 = BroadcastRoot<V>(roots + 6 * p);
-      w2 = BroadcastRoot<V>(roots + 6 * p + 2);
-      w3 = BroadcastRoot<V>(roots + 6 * p + 4);
-    }
+  for (std::ptrdiff_t q = 0; q < s; ++q) {
+    Cx<V> x[4] = {in(q), in(q + s), in(q + 2 * s), in(q + 3 * s)};
+    Butterfly4(x);
+    ZAL_FFT_UNROLL
+    for (int k = 0; k < 4; ++k) out(q + k * s, x[k]);
+  }
+}
+
+// exp(-2 pi i t / 16) for t = 0 .. 9, the inner twiddles of the radix-16 and radix-8 passes.
+inline constexpr double kRoots16[10][2] = {
+    {1, 0},
+    {0.92387953251128675613, -0.38268343236508977173},
+    {0.70710678118654752440, -0.70710678118654752440},
+    {0.38268343236508977173, -0.92387953251128675613},
+    {0, -1},
+    {-0.38268343236508977173, -0.92387953251128675613},
+    {-0.70710678118654752440, -0.70710678118654752440},
+    {-0.92387953251128675613, -0.38268343236508977173},
+    {-1, 0},
+    {-0.92387953251128675613, 0.38268343236508977173},
+};
+
+template <class V, class T>
+ZAL_INLINE Cx<V> TimesRoot16(Cx<V> x, int t) {
+  if (t == 0) return x;
+  if (t == 4) return TimesMinusI(x);
+  return Times(x, Cx<V>{BroadcastLanes<V>(static_cast<T>(kRoots16[t][0])),
+                        BroadcastLanes<V>(static_cast<T>(kRoots16[t][1]))});
+}
+
+// The kN-point butterfly (kN = 2 or 4) in place.
+template <int kN, class V>
+ZAL_INLINE void Butterfly(Cx<V>* x) {
+  if constexpr (kN == 4) {
+    Butterfly4(x);
+  } else {
+    const Cx<V> a = x[0];
+    x[0] = a + x[1];
+    x[1] = a - x[1];
+  }
+}
+
+// One Stockham radix-16 or radix-8 pass, two steps of the same sub-transforms per trip through
+// memory: with r = kRadix / 4, j = j1 + r j2 and k = k1 + 4 k2, radix-4 along j2, twiddle by
+// w^(j1 k1) (w = exp(-2 pi i / kRadix)), radix-r along j1. Roots w_span^(p k), k = 1 .. kRadix - 1,
+// 2 (kRadix - 1) scalars per p; none for the last pass.
+template <int kRadix, bool kTwiddled, class V, class T, class In>
+ZAL_NOINLINE void TwoStepPass(In in, T* out_blocks, int span, int stride, const T* roots) {
+  constexpr int kR = kRadix / 4;
+  const BlocksOut<V, T> out{out_blocks};
+  const std::ptrdiff_t part = span / kRadix;
+  const std::ptrdiff_t s = stride;
+  for (std::ptrdiff_t p = 0; p < part; ++p) {
+    const T* w = roots + 2 * (kRadix - 1) * p;
     for (std::ptrdiff_t q = 0; q < s; ++q) {
-      const Cx<V> a = in(q + s * p);
-      const Cx<V> b = in(q + s * (p + quarter));
-      const Cx<V> c = in(q + s * (p + 2 * quarter));
-      const Cx<V> d = in(q + s * (p + 3 * quarter));
-      const Cx<V> apc = a + c;
-      const Cx<V> amc = a - c;
-      const Cx<V> bpd = b + d;
-      const Cx<V> bmd_i = TimesMinusI(b - d);  // -i (b - d)
-      const std::ptrdiff_t o = q + s * 4 * p;
-      out(o, apc + bpd);
-      if constexpr (kTwiddled) {
-        out(o + s, Times(amc + bmd_i, w1));
-        out(o + 2 * s, Times(apc - bpd, w2));
-        out(o + 3 * s, Times(amc - bmd_i, w3));
-      } else {
-        out(o + s, amc + bmd_i);
-        out(o + 2 * s, apc - bpd);
-        out(o + 3 * s, amc - bmd_i);
+      Cx<V> x[kRadix];
+      ZAL_FFT_UNROLL
+      for (int j1 = 0; j1 < kR; ++j1) {
+        Cx<V> column[4];
+        ZAL_FFT_UNROLL
+        for (int j2 = 0; j2 < 4; ++j2) column[j2] = in(q + s * (p + (j1 + kR * j2) * part));
+        Butterfly4(column);
+        ZAL_FFT_UNROLL
+        for (int k1 = 0; k1 < 4; ++k1) {
+          x[kR * k1 + j1] = TimesRoot16<V, T>(column[k1], j1 * k1 * (16 / kRadix));
+        }
+      }
+      const std::ptrdiff_t o = q + s * kRadix * p;
+      ZAL_FFT_UNROLL
+      for (int k1 = 0; k1 < 4; ++k1) {
+        Butterfly<kR>(x + kR * k1);
+        ZAL_FFT_UNROLL
+        for (int k2 = 0; k2 < kR; ++k2) {
+          const int k = k1 + 4 * k2;
+          if constexpr (kTwiddled) {
+            if (k > 0) {
+              out(o + s * k, Times(x[kR * k1 + k2], BroadcastRoot<V>(w + 2 * (k - 1))));
+              continue;
+            }
+          }
+          out(o + s * k, x[kR * k1 + k2]);
+        }
       }
     }
   }
 }
 
-// The closing radix-2 pass of an odd order: span 2, roots 1.
+// The closing radix-2 pass when the rows' order is 1 mod 4: span 2, roots 1.
 template <class V, class T, class In>
 ZAL_NOINLINE void Radix2Pass(In in, T* out_blocks, int stride) {
   const BlocksOut<V, T> out{out_blocks};
@@ -233,10 +298,16 @@ template <class V, class T, class In>
 ZAL_INLINE void RunPass(const FFTPass& pass, In in, T* out, const T* tables) {
   if (pass.radix == 2) {
     Radix2Pass<V, T>(in, out, pass.stride);
-  } else if (pass.span == 4) {
-    Radix4Pass<false, V, T>(in, out, 4, pass.stride, tables);
+  } else if (pass.radix == 16) {
+    if (pass.span == 16) {
+      TwoStepPass<16, false, V, T>(in, out, 16, pass.stride, tables);
+    } else {
+      TwoStepPass<16, true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
+    }
+  } else if (pass.radix == 8) {
+    TwoStepPass<8, false, V, T>(in, out, 8, pass.stride, tables);
   } else {
-    Radix4Pass<true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
+    Radix4Pass<V, T>(in, out, pass.stride);
   }
 }
 
@@ -473,12 +544,16 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
   int offset = 0;
   int span = spec.rows;
   int stride = 1;
-  while (span >= 4) {
-    FFTPass& pass = spec.passes[spec.pass_count++];
-    pass = {4, span, stride, offset};
-    if (span > 4) offset += 6 * (span / 4);
-    span /= 4;
-    stride *= 4;
+  // Radix 16 halves the trips through memory; one closing radix-8, -4 or -2 pass takes the
+  // remaining orders.
+  constexpr int kRadices[] = {16, 8, 4};
+  for (const int radix : kRadices) {
+    while (span >= radix) {
+      spec.passes[spec.pass_count++] = {radix, span, stride, offset};
+      if (span > radix) offset += 2 * (radix - 1) * (span / radix);
+      span /= radix;
+      stride *= radix;
+    }
   }
   if (span == 2) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
   spec.row_twiddles = offset;
@@ -493,12 +568,14 @@ template <class T>
 void FillCoreTables(const FFTSpec& spec, T* tables) {
   for (int i = 0; i < spec.pass_count; ++i) {
     const FFTPass& pass = spec.passes[i];
-    if (pass.radix != 4 || pass.span == 4) continue;
+    const int radix = pass.radix;
+    if (radix == 2 || pass.span == radix) continue;
     T* roots = tables + pass.twiddles;
-    for (int p = 0; p < pass.span / 4; ++p) {
-      for (int m = 1; m <= 3; ++m) {
-        FFTUnitRoot(static_cast<long long>(m) * p, pass.span, roots + 6 * p + 2 * (m - 1),
-                    roots + 6 * p + 2 * (m - 1) + 1);
+    for (int p = 0; p < pass.span / radix; ++p) {
+      T* row = roots + 2 * (radix - 1) * p;
+      for (int m = 1; m < radix; ++m) {
+        FFTUnitRoot(static_cast<long long>(m) * p, pass.span, row + 2 * (m - 1),
+                    row + 2 * (m - 1) + 1);
       }
     }
   }

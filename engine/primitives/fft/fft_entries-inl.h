@@ -74,6 +74,13 @@ constexpr bool IsShortCore(FFTKind kind, int order) {
   return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kLanes * kLanes;
 }
 
+// Whether the core of this kind and order is a float one of at most 16 points (and not direct).
+template <class T>
+constexpr bool IsTinyFloatCore(FFTKind kind, int order) {
+  const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
+  return sizeof(T) == 4 && core_order >= 1 && core_order <= 4;
+}
+
 // Arguments of a transform, checked before any memory is touched.
 template <class... Pointers>
 ZAL_INLINE EngStatus CheckTransform(FFTKind kind, const FFTSpec* spec, const unsigned char* work,

@@ -12,7 +12,7 @@ inline constexpr int kFFTDivInvByN = 2;
 
 enum class FFTKind : int { kRealF32, kRealF64, kComplexF32, kComplexF64, kSplitF32, kSplitF64 };
 
-// One radix-4 (or closing radix-2) pass of the row transform over vectors of lanes: `span`
+// One radix-16 or closing radix-8, -4 or -2 pass of the row transform over vectors of lanes: `span`
 // points per sub-transform, sub-transforms `stride` vectors apart, unit roots at `twiddles`.
 struct FFTPass {
   int radix;
