@@ -83,6 +83,12 @@ def log1p_cubic(f):  # (ln(1+f) - f + f^2/2) / f^3
     return (ln(1 + f) - f + f * f / 2) / (f * f * f)
 
 
+def log1p_square(f):  # (ln(1+f) - f) / f^2
+    if f == 0:
+        return D(-0.5)
+    return (ln(1 + f) - f) / (f * f)
+
+
 def log1p_over_f(f):  # ln(1+f) / f
     if f == 0:
         return D(1)
@@ -109,13 +115,17 @@ def main():
     print(f'//   e^r relative error {err:.3g} (2^{math.log2(err):.1f})')
 
     lo, hi = math.sqrt(0.5) - 1, math.sqrt(2) - 1
-    for degree in (7, 8):
-        c = chebyshev_fit(log1p_cubic, lo, hi, degree)
-        c32 = [to_float32(v) for v in c]
-        err = max_relative_error(log1p_cubic, c32, lo, hi)
-        print(f'// float ln cubic part degree {degree}: relative error of P 2^{math.log2(err):.1f}')
-        emit(f'float ln: (ln(1+f) - f + f^2/2) / f^3, degree {degree}', c, to_float32)
+    c = chebyshev_fit(log1p_cubic, lo, hi, 8)
+    c32 = [to_float32(v) for v in c]
+    err = max_relative_error(log1p_cubic, c32, lo, hi)
+    print(f'// float ln cubic part degree 8: relative error of P 2^{math.log2(err):.1f}')
+    emit('float ln: (ln(1+f) - f + f^2/2) / f^3, degree 8', c, to_float32)
     # The reduced classes split x so that f = m - 1 lies in [-1/4, 1/2).
+    c = chebyshev_fit(log1p_square, -0.25, 0.5, 8)
+    c32 = [to_float32(v) for v in c]
+    err = max_relative_error(log1p_square, c32, -0.25, 0.5, 6000)
+    print(f'// float (ln(1+f) - f)/f^2 degree 8 on [-1/4, 1/2): relative error 2^{math.log2(err):.1f}')
+    emit('float ln: (ln(1+f) - f) / f^2, degree 8', c, to_float32)
     for degree in (3, 7):
         c = chebyshev_fit(log1p_over_f, -0.25, 0.5, degree)
         c32 = [to_float32(v) for v in c]

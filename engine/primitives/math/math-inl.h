@@ -166,13 +166,13 @@ constexpr auto kExpF64Op = [](VF64 x) {
 // ------------------------------------------------------------------------------
 
 // ln x = k ln2 + ln(1 + f) for positive normal x, x = 2^k (1 + f). The class picks the form: for
-// full accuracy and 24 bits, |f| <= sqrt(2) - 1 and a cubic tail f^3 p(f) after f - f^2/2; for 21
-// and 11 bits, f in [-1/4, 1/2) from a cheaper split (x up to 2^127) and f p(f).
+// full accuracy, |f| <= sqrt(2) - 1 and a cubic tail f^3 p(f) after f - f^2/2; the reduced
+// classes take f in [-1/4, 1/2) from a cheaper split (x up to 2^127) and f + f^2 q(f) for 24
+// bits, f p(f) for 21 and 11.
 enum class LnF32Class { kFull, kBits24, kBits21, kBits11 };
 
 template <LnF32Class kClass>
-inline constexpr bool kLnF32NearOne =
-    kClass == LnF32Class::kBits21 || kClass == LnF32Class::kBits11;
+inline constexpr bool kLnF32NearOne = kClass != LnF32Class::kFull;
 
 template <LnF32Class kClass>
 ZAL_INLINE ExponentSplit<VF32> LnF32Split(VF32 x) {
@@ -186,22 +186,19 @@ ZAL_INLINE ExponentSplit<VF32> LnF32Split(VF32 x) {
 template <LnF32Class kClass>
 ZAL_INLINE VF32 LnF32FromSplit(VF32 k, VF32 m) {
   const VF32 f = m - Constant<VF32>(1.0);
-  if constexpr (kLnF32NearOne<kClass>) {
+  const VF32 ln2 = Constant<VF32>(0.6931471805599453);
+  if constexpr (kClass == LnF32Class::kFull) {
+    const VF32 f2 = f * f;
+    const VF32 tail = MulAdd(f2 * f, Polynomial(f, kLnF32Cubic), Constant<VF32>(-0.5) * f2);
+    // The small terms first, then f, then the exact k ln2_high.
+    return MulAdd(k, Constant<VF32>(kLn2HighF32), f + MulAdd(k, Constant<VF32>(kLn2LowF32), tail));
+  } else if constexpr (kClass == LnF32Class::kBits24) {
+    // f itself stays exact; only the smaller f^2 q(f) rounds before it joins.
+    return MulAdd(k, ln2, MulAdd(f * f, Polynomial(f, kLnF32Square24), f));
+  } else {
     const VF32 p =
         kClass == LnF32Class::kBits21 ? Polynomial(f, kLnF32Over21) : Polynomial(f, kLnF32Over11);
-    return MulAdd(k, Constant<VF32>(0.6931471805599453), f * p);
-  } else {
-    const VF32 f2 = f * f;
-    const VF32 p =
-        kClass == LnF32Class::kFull ? Polynomial(f, kLnF32Cubic) : Polynomial(f, kLnF32Cubic24);
-    const VF32 tail = MulAdd(f2 * f, p, Constant<VF32>(-0.5) * f2);
-    if constexpr (kClass == LnF32Class::kFull) {
-      // The small terms first, then f, then the exact k ln2_high.
-      return MulAdd(k, Constant<VF32>(kLn2HighF32),
-                    f + MulAdd(k, Constant<VF32>(kLn2LowF32), tail));
-    } else {
-      return MulAdd(k, Constant<VF32>(0.6931471805599453), f + tail);
-    }
+    return MulAdd(k, ln2, f * p);
   }
 }
 

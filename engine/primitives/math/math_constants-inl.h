@@ -707,15 +707,15 @@ constexpr double kExp16StepLow = -0x1.8432a1b0e2634p-47;  // the rest
 // Float exponential: (e^r - 1 - r) / r^2 on |r| <= ln2 / 2.
 constexpr float kExpF32[] = {0x1p-1f, 0x1.5554dep-3f, 0x1.55551ap-5f, 0x1.120b62p-7f,
                              0x1.6d10fcp-10f};
-// Float logarithm on f = m - 1, m in [sqrt(1/2), sqrt(2)): (ln(1+f) - f + f^2/2) / f^3 to
-// relative 2^-23.7 (full accuracy) and 2^-21.1 (24 bits). On m in [3/4, 3/2): ln(1+f) / f to
-// 2^-22.1 (21 bits) and 2^-11.3 (11 bits).
+// Float logarithm on f = m - 1. On m in [sqrt(1/2), sqrt(2)): (ln(1+f) - f + f^2/2) / f^3 to
+// relative 2^-23.7 (full accuracy). On m in [3/4, 3/2): (ln(1+f) - f) / f^2 to 2^-23.9 (24 bits),
+// ln(1+f) / f to 2^-22.1 (21 bits) and 2^-11.3 (11 bits).
 constexpr float kLnF32Cubic[] = {0x1.555554p-2f,  -0x1.fffffcp-3f, 0x1.999d5ap-3f,
                                  -0x1.555b4ap-3f, 0x1.23d21ap-3f,  -0x1.fcf4c6p-4f,
                                  0x1.dea282p-4f,  -0x1.d635bcp-4f, 0x1.1d8ea6p-4f};
-constexpr float kLnF32Cubic24[] = {0x1.555554p-2f,  -0x1.0000cep-2f, 0x1.999f14p-3f,
-                                   -0x1.54d03ep-3f, 0x1.231ce6p-3f,  -0x1.0a33eap-3f,
-                                   0x1.02814ep-3f,  -0x1.43b246p-4f};
+constexpr float kLnF32Square24[] = {-0x1p-1f,        0x1.55558p-2f,   -0x1.000068p-2f,
+                                    0x1.997802p-3f,  -0x1.54f19ap-3f, 0x1.27b318p-3f,
+                                    -0x1.0cc1acp-3f, 0x1.b339ccp-4f,  -0x1.842826p-5f};
 constexpr float kLnF32Over21[] = {0x1.000002p+0f, -0x1.00003cp-1f, 0x1.554b38p-2f, -0x1.ff90fep-3f,
                                   0x1.9c0caap-3f, -0x1.637accp-3f, 0x1.1edc66p-3f, -0x1.0a9554p-4f};
 constexpr float kLnF32Over11[] = {0x1.fff608p-1f, -0x1.020538p-1f, 0x1.5fb676p-2f, -0x1.7b35bcp-3f};
