@@ -112,26 +112,7 @@ EngStatus Mean(const T* src, int n, T* result, bool accurate) {
 
 }  // namespace
 
-#define ZAL_STATISTICS_REFERENCE(T, E)                           \
-  EngStatus Min##E(const T* src, int n, T* result) {             \
-    return ExtremeValue<true>(src, n, result);                   \
-  }                                                              \
-  EngStatus Max##E(const T* src, int n, T* result) {             \
-    return ExtremeValue<false>(src, n, result);                  \
-  }                                                              \
-  EngStatus NormL1##E(const T* src, int n, T* result) {          \
-    return NormL1(src, n, result);                               \
-  }                                                              \
-  EngStatus NormL2##E(const T* src, int n, T* result) {          \
-    return NormL2(src, n, result);                               \
-  }                                                              \
-  EngStatus DotProduct##E(const T* a, const T* b, int n, T* r) { \
-    return DotProduct(a, b, n, r);                               \
-  }
-
-ZAL_STATISTICS_REFERENCE(float, F32)
-ZAL_STATISTICS_REFERENCE(double, F64)
-#undef ZAL_STATISTICS_REFERENCE
+#include "engine/primitives/statistics/statistics_entries-inl.h"
 
 EngStatus SumF32(const float* src, int n, float* result, int hint) {
   if (const EngStatus status = Check(n, src, result)) return status;
