@@ -193,7 +193,7 @@ def tables():
 def power_tables():
     # The light power: log2 from 16 intervals of the mantissa centred on c = 1 + i/16 (the one
     # at 2 folded onto the next binade's first), 1/c to 29 bits so that m/c is exact for float m;
-    # 2^t from 2^(j/16).
+    # 2^t from the exponential's 2^(j/16).
     print('// light power: 1/c, then log2 c, i = 0 ... 15')
     inverses = [Fraction(1)] + [round_to_bits(1 / (1 + Fraction(i, 16)), 29) for i in range(1, 16)]
     print(', '.join(hex_literal(float(c)) for c in inverses))
@@ -208,8 +208,6 @@ def power_tables():
     p = chebyshev_fit(log2_over_r, r_lo, r_hi, 6)
     err = max_relative_error(log2_over_r, [float(v) for v in p], r_lo, r_hi)
     emit(f'log2(1+r) / r, relative error 2^{math.log2(err):.1f}', p, float)
-    print('// 2^(j/16)')
-    print(', '.join(hex_literal(float(D(2) ** (D(j) / 16))) for j in range(16)))
     q = chebyshev_fit(exp2m1_over_f, -1 / 32, 1 / 32, 3)
     err = max_relative_error(lambda f: exp(f * ln(2)), [1] + [float(v) for v in q], -1 / 32, 1 / 32)
     emit(f'(2^f - 1) / f, |f| <= 1/32: 2^f to relative 2^{math.log2(err):.1f}', q, float)

@@ -337,17 +337,23 @@ ZAL_INLINE VF64 Log2Light(VF64 x, VF64 offset) {
   return MulAdd(r, Polynomial(r, kLog2OverR), e + LookupLowBits16(kLog2Centre, i));
 }
 
-// 2^t = 2^e 2^(j/16) 2^f, |f| <= 1/32 (f exact); scaled last, in two steps where `wide`.
+// 2^t = 2^e 2^(j/16) 2^f, |f| <= 1/32 (f exact), 2^e 2^(j/16) built from the exponential's table
+// by adding k's low bits to its exponent field; where `wide`, 2^(j/16) alone, scaled in two steps.
 ZAL_INLINE VF64 Exp2LightCore(VF64 t, bool wide) {
   // t 16 is exact; adding 1.5 2^52 rounds it to k and leaves k mod 16 in the low bits.
   const VF64 shift = Constant<VF64>(0x1.8p52);
   const VF64 z = MulAdd(t, Constant<VF64>(16.0), shift);
   const VF64 k = z - shift;
   const VF64 f = MulAdd(k, Constant<VF64>(-1.0 / 16), t);
+  const VF64 growth = f * Polynomial(f, kExp2M1OverF);
+  if (!wide) {
+    const VF64 power = AddShiftedBits<48>(LookupLowBits16(kExp16Powers, z), z);
+    return MulAdd(power, growth, power);
+  }
   const VF64 e = Floor(k * Constant<VF64>(1.0 / 16));
-  const VF64 power = LookupLowBits16(kExp2Sixteenths, z);
-  const VF64 value = MulAdd(power, f * Polynomial(f, kExp2M1OverF), power);
-  return wide ? ScaleWide(value, e) : value * Pow2I(e);
+  const VF64 power =
+      AddShiftedBits<48>(LookupLowBits16(kExp16Powers, z), z - e * Constant<VF64>(16.0));
+  return ScaleWide(MulAdd(power, growth, power), e);
 }
 
 // Beyond +-1000 the argument is clamped where the result has long overflowed or vanished.

@@ -759,22 +759,6 @@ alignas(64) constexpr double kLog2Centre[16] = {0x0p+0,
 constexpr double kLog2OverR[] = {0x1.71547652b833dp+0,  -0x1.71547652d918ep-1, 0x1.ec709dbd98423p-2,
                                  -0x1.71546d8b1030fp-2, 0x1.27771611fe127p-2,  -0x1.ed070d5abe1ep-3,
                                  0x1.a43f7cbe8106p-3};
-alignas(64) constexpr double kExp2Sixteenths[16] = {0x1p+0,
-                                                    0x1.0b5586cf9890fp+0,
-                                                    0x1.172b83c7d517bp+0,
-                                                    0x1.2387a6e756238p+0,
-                                                    0x1.306fe0a31b715p+0,
-                                                    0x1.3dea64c123422p+0,
-                                                    0x1.4bfdad5362a27p+0,
-                                                    0x1.5ab07dd485429p+0,
-                                                    0x1.6a09e667f3bcdp+0,
-                                                    0x1.7a11473eb0187p+0,
-                                                    0x1.8ace5422aa0dbp+0,
-                                                    0x1.9c49182a3f09p+0,
-                                                    0x1.ae89f995ad3adp+0,
-                                                    0x1.c199bdd85529cp+0,
-                                                    0x1.d5818dcfba487p+0,
-                                                    0x1.ea4afa2a490dap+0};
 constexpr double kExp2M1OverF[] = {0x1.62e42fee4615fp-1, 0x1.ebfbdff78ad41p-3, 0x1.c6b3488206d06p-5,
                                    0x1.3b2bfa0553142p-7};
 
