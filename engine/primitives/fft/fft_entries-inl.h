@@ -70,12 +70,15 @@ EngStatus Prepare(FFTKind kind, FFTSpec** handle, int order, int flag, unsigned 
   return engStsNoErr;
 }
 
-// Whether the core of this kind and order is shorter than lanes^2 points (and not direct).
+// Whether the core of this kind and order is shorter than lanes^2 points (and not direct), and
+// runs faster at a level with narrower registers. Float cores of 128 points are the exception:
+// their 8 rows of 16 lanes stay in the 32 registers, where 16 rows of 8 spill.
 template <class T>
 constexpr bool IsShortCore(FFTKind kind, int order) {
   const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
   constexpr int kLanes = FFTVector<T>::kLanes;
-  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kLanes * kLanes;
+  constexpr int kOwnFrom = sizeof(T) == 4 ? 128 : kLanes * kLanes;
+  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kOwnFrom;
 }
 
 // Whether the core of this kind and order is a float one of at most 16 points (and not direct).
