@@ -37,8 +37,10 @@ ZAL_INLINE void ShortBlock(const Cx<V>* x, const T* row_roots, V factor, Cx<V>* 
     Cx<V> row{};
     if (j < kCount) row = x[BitReversed(kFirst + j, Log2(kRows))];
     if constexpr (kW > 1) {
-      const T* w = row_roots + 2 * kW * (kFirst + j);
-      if (j < kCount && kFirst + j > 0) row = Times(row, Cx<V>{Load(w), Load(w + kW)});
+      if (j < kCount && kFirst + j > 0) {
+        const T* w = row_roots + 2 * kW * (kFirst + j);
+        row = Times(row, Cx<V>{Load(w), Load(w + kW)});
+      }
     }
     re[j] = row.re;
     im[j] = row.im;
