@@ -1,7 +1,7 @@
 // Short cores held in registers from load to store: n = rows * lanes with at most 16 rows, the
 // rows-point transform across registers with constant roots, then, as in the general core's last
 // pass, twiddle, lanes x lanes transpose and the lanes-point transform. No work buffer, no pass
-// calls: the plan's row count picks one fully unrolled kernel. Included after fft_core-inl.h.
+// calls: the plan's row count picks one fully unrolled kernel. Included by fft_entries-inl.h.
 
 inline constexpr int kShortMaxRows = 16;
 
