@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/fft/fft_spec.h"
@@ -36,7 +37,7 @@ ZAL_INLINE void WithLanes(const FFTSpec& spec, Body body) {
 
 // Transforms shorter than lanes^2 points fill a lanes x lanes block only partly: a level with
 // narrower registers runs them faster. Float cores of at most 16 points go to sse42's 4 x 4
-// blocks from avx up; at avx512 the other cores shorter than 256 (float) or 64 (double) points go
+// blocks from avx up; at avx512 the other cores shorter than 128 (float) or 64 (double) points go
 // to avx2's 8 x 8 or 4 x 4 ones. Their specs carry the tag of the level that runs them.
 #if ZAL_LEVEL_INDEX >= 3
 #define ZAL_FFT_TINY_SETUP(K, T, call) \

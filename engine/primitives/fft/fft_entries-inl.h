@@ -3,6 +3,8 @@
 // kSpecLevel (the tag a spec carries, so that no other level runs it) and WithLanes(spec, body),
 // which calls body with the vector type the spec was planned for.
 
+#include "engine/primitives/fft/fft_short-inl.h"
+
 template <class T>
 constexpr bool IsRealKind(FFTKind kind) {
   return kind == FFTKind::kRealF32 || kind == FFTKind::kRealF64;
@@ -26,7 +28,9 @@ EngStatus Plan(FFTKind kind, int order, int flag, FFTSpec& spec, int* table_scal
   const int lanes = (1 << core_order) >= kLanes ? kLanes : 1;
   PlanCore<T>(spec, core_order, lanes, table_scalars);
   if (IsRealKind<T>(kind)) *table_scalars += 2 * (spec.core_length / 2 + 1);
-  spec.work_bytes = 4 * spec.core_length * static_cast<int>(sizeof(T));
+  const bool in_registers = lanes == kLanes && spec.rows <= kShortMaxRows;
+  spec.short_rows = in_registers ? spec.rows : 0;
+  spec.work_bytes = in_registers ? 0 : 4 * spec.core_length * static_cast<int>(sizeof(T));
   return engStsNoErr;
 }
 
@@ -66,12 +70,15 @@ EngStatus Prepare(FFTKind kind, FFTSpec** handle, int order, int flag, unsigned 
   return engStsNoErr;
 }
 
-// Whether the core of this kind and order is shorter than lanes^2 points (and not direct).
+// Whether the core of this kind and order is shorter than lanes^2 points (and not direct), and
+// runs faster at a level with narrower registers. Float cores of 128 points are the exception:
+// their 8 rows of 16 lanes stay in the 32 registers, where 16 rows of 8 spill.
 template <class T>
 constexpr bool IsShortCore(FFTKind kind, int order) {
   const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
   constexpr int kLanes = FFTVector<T>::kLanes;
-  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kLanes * kLanes;
+  constexpr int kOwnFrom = sizeof(T) == 4 ? 128 : kLanes * kLanes;
+  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kOwnFrom;
 }
 
 // Whether the core of this kind and order is a float one of at most 16 points (and not direct).
@@ -108,8 +115,16 @@ EngStatus ComplexTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* sp
     dst[1] = src[1];
     return engStsNoErr;
   }
-  T* buffers = reinterpret_cast<T*>(work);
   const T scale = T(1) / static_cast<T>(spec->core_length);
+  if (spec->short_rows > 0) {
+    using V = FFTVector<T>;
+    WithShortRows(spec->short_rows, [&](auto rows) {
+      ShortCore<decltype(rows)::value, kInverse, V>(*spec, PairsIn<V, T, kInverse>{src},
+                                                    PairsOut<V, T, kInverse>{dst}, scale);
+    });
+    return engStsNoErr;
+  }
+  T* buffers = reinterpret_cast<T*>(work);
   WithLanes<T>(*spec, [&](auto lanes) {
     using V = decltype(lanes);
     RunCore<kInverse, V>(*spec, PairsIn<V, T, kInverse>{src}, PairsOut<V, T, kInverse>{dst},
@@ -129,8 +144,17 @@ EngStatus SplitTransform(FFTKind kind, const T* src_re, const T* src_im, T* dst_
     dst_im[0] = src_im[0];
     return engStsNoErr;
   }
-  T* buffers = reinterpret_cast<T*>(work);
   const T scale = T(1) / static_cast<T>(spec->core_length);
+  if (spec->short_rows > 0) {
+    using V = FFTVector<T>;
+    WithShortRows(spec->short_rows, [&](auto rows) {
+      ShortCore<decltype(rows)::value, kInverse, V>(*spec, SplitIn<V, T, kInverse>{src_re, src_im},
+                                                    SplitOut<V, T, kInverse>{dst_re, dst_im},
+                                                    scale);
+    });
+    return engStsNoErr;
+  }
+  T* buffers = reinterpret_cast<T*>(work);
   WithLanes<T>(*spec, [&](auto lanes) {
     using V = decltype(lanes);
     RunCore<kInverse, V>(*spec, SplitIn<V, T, kInverse>{src_re, src_im},
@@ -161,12 +185,37 @@ void ShortRealTransform(const T* src, T* dst, int order) {
   }
 }
 
+// A real kind's short core: the half-length transform's result stays on the stack.
+template <bool kInverse, int kRows, class T>
+ZAL_INLINE void ShortCoreRealTransform(const T* src, T* dst, const FFTSpec& spec) {
+  using V = FFTVector<T>;
+  constexpr int kN = kRows * V::kLanes;
+  const T* roots_re = RealTables<T>(spec);
+  const T* roots_im = roots_re + kN / 2 + 1;
+  alignas(64) T z[2 * kN];
+  if constexpr (kInverse) {
+    JoinHalves<V>(src, z, z + kN, kN, roots_re, roots_im);
+    ShortCore<kRows, true, V>(spec, SplitIn<V, T, true>{z, z + kN}, PairsOut<V, T, true>{dst},
+                              T(0.5) / T(kN));
+  } else {
+    ShortCore<kRows, false, V>(spec, PairsIn<V, T, false>{src}, SplitOut<V, T, false>{z, z + kN},
+                               T(1));
+    SeparateHalves<V>(z, z + kN, dst, kN, roots_re, roots_im);
+  }
+}
+
 template <bool kInverse, class T>
 EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
                         unsigned char* work) {
   if (const EngStatus status = CheckTransform(kind, spec, work, src, dst)) return status;
   if (spec->core_length == 0) {
     ShortRealTransform<kInverse>(src, dst, spec->order);
+    return engStsNoErr;
+  }
+  if (spec->short_rows > 0) {
+    WithShortRows(spec->short_rows, [&](auto rows) {
+      ShortCoreRealTransform<kInverse, decltype(rows)::value>(src, dst, *spec);
+    });
     return engStsNoErr;
   }
   T* buffers = reinterpret_cast<T*>(work);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/fft/fft_spec.h"

@@ -34,6 +34,9 @@ struct FFTSpec {
   int lanes;
   int rows;
   int pass_count;
+  // Rows of a core short enough to stay in registers from load to store (no passes, no work
+  // buffer); 0 for the general path.
+  int short_rows;
   int work_bytes;
   FFTPass passes[kFFTMaxOrder];
   int row_twiddles;
