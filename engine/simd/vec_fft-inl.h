@@ -84,24 +84,37 @@ ZAL_INLINE VF64 Reverse(VF64 v) {
 #endif
 }
 
+#if ZAL_LEVEL_INDEX >= 5
+// One two-source permute per output register: a third of the shuffles the in-block pair
+// operations and block moves take.
+ZAL_INLINE void Unzip(VF32 a, VF32 b, VF32& re, VF32& im) {
+  const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  const __m512i odd = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+  re.raw = _mm512_permutex2var_ps(a.raw, even, b.raw);
+  im.raw = _mm512_permutex2var_ps(a.raw, odd, b.raw);
+}
+ZAL_INLINE void Unzip(VF64 a, VF64 b, VF64& re, VF64& im) {
+  re.raw = _mm512_permutex2var_pd(a.raw, _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14), b.raw);
+  im.raw = _mm512_permutex2var_pd(a.raw, _mm512_setr_epi64(1, 3, 5, 7, 9, 11, 13, 15), b.raw);
+}
+ZAL_INLINE void Zip(VF32 re, VF32 im, VF32& a, VF32& b) {
+  const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const __m512i high =
+      _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  a.raw = _mm512_permutex2var_ps(re.raw, low, im.raw);
+  b.raw = _mm512_permutex2var_ps(re.raw, high, im.raw);
+}
+ZAL_INLINE void Zip(VF64 re, VF64 im, VF64& a, VF64& b) {
+  a.raw = _mm512_permutex2var_pd(re.raw, _mm512_setr_epi64(0, 8, 1, 9, 2, 10, 3, 11), im.raw);
+  b.raw = _mm512_permutex2var_pd(re.raw, _mm512_setr_epi64(4, 12, 5, 13, 6, 14, 7, 15), im.raw);
+}
+#else
 // 128-bit blocks of a and b rearranged so that the in-block pair operations act as full-width
-// ones. Above 128 bits, zip output blocks come as [lo0 hi0 lo1 hi1 ...] and unzip input blocks
-// as [a0 a2 ... b0 b2 ...], [a1 a3 ... b1 b3 ...].
+// ones: zip output blocks come as [lo0 hi0 lo1 hi1 ...], unzip input blocks as
+// [a0 a2 ... b0 b2 ...], [a1 a3 ... b1 b3 ...]; at 256 bits both are the same swap.
 template <class V>
 ZAL_INLINE void ZipBlocks(V& lo, V& hi) {
-#if ZAL_LEVEL_INDEX >= 5
-  if constexpr (V::kLanes == 16) {
-    const __m512 first = _mm512_shuffle_f32x4(lo.raw, hi.raw, _MM_SHUFFLE(1, 0, 1, 0));
-    const __m512 second = _mm512_shuffle_f32x4(lo.raw, hi.raw, _MM_SHUFFLE(3, 2, 3, 2));
-    lo.raw = _mm512_shuffle_f32x4(first, first, _MM_SHUFFLE(3, 1, 2, 0));
-    hi.raw = _mm512_shuffle_f32x4(second, second, _MM_SHUFFLE(3, 1, 2, 0));
-  } else {
-    const __m512d first = _mm512_shuffle_f64x2(lo.raw, hi.raw, _MM_SHUFFLE(1, 0, 1, 0));
-    const __m512d second = _mm512_shuffle_f64x2(lo.raw, hi.raw, _MM_SHUFFLE(3, 2, 3, 2));
-    lo.raw = _mm512_shuffle_f64x2(first, first, _MM_SHUFFLE(3, 1, 2, 0));
-    hi.raw = _mm512_shuffle_f64x2(second, second, _MM_SHUFFLE(3, 1, 2, 0));
-  }
-#elif ZAL_LEVEL_INDEX >= 3
+#if ZAL_LEVEL_INDEX >= 3
   if constexpr (V::kLanes == 8) {
     const __m256 first = _mm256_permute2f128_ps(lo.raw, hi.raw, 0x20);
     hi.raw = _mm256_permute2f128_ps(lo.raw, hi.raw, 0x31);
@@ -116,28 +129,12 @@ ZAL_INLINE void ZipBlocks(V& lo, V& hi) {
   (void)hi;
 #endif
 }
-template <class V>
-ZAL_INLINE void UnzipBlocks(V& a, V& b) {
-#if ZAL_LEVEL_INDEX >= 5
-  if constexpr (V::kLanes == 16) {
-    const __m512 even = _mm512_shuffle_f32x4(a.raw, b.raw, _MM_SHUFFLE(2, 0, 2, 0));
-    b.raw = _mm512_shuffle_f32x4(a.raw, b.raw, _MM_SHUFFLE(3, 1, 3, 1));
-    a.raw = even;
-  } else {
-    const __m512d even = _mm512_shuffle_f64x2(a.raw, b.raw, _MM_SHUFFLE(2, 0, 2, 0));
-    b.raw = _mm512_shuffle_f64x2(a.raw, b.raw, _MM_SHUFFLE(3, 1, 3, 1));
-    a.raw = even;
-  }
-#else
-  ZipBlocks(a, b);
-#endif
-}
 
 // Complex pairs (re, im) of the 2 * kLanes values at a, b as separate real and imaginary lanes,
 // in order.
 template <class V>
 ZAL_INLINE void Unzip(V a, V b, V& re, V& im) {
-  UnzipBlocks(a, b);
+  ZipBlocks(a, b);
   re = FirstOfPairs(a, b);
   im = SecondOfPairs(a, b);
 }
@@ -148,6 +145,7 @@ ZAL_INLINE void Zip(V re, V im, V& a, V& b) {
   b = InterleaveHigh(re, im);
   ZipBlocks(a, b);
 }
+#endif
 
 // v[0..kLanes) as the rows of a square matrix, transposed in place.
 ZAL_INLINE void Transpose(VF32* v) {

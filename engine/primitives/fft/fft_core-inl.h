@@ -4,8 +4,8 @@
 //
 // A core transform of n complex points, n = rows * lanes, index n = lanes * m + l, splits into:
 //  1. a rows-point transform along m of each column l, all columns at once: a point is one vector.
-//     Stockham radix-16 passes and one closing radix-8, -4 or -2 pass for what remains,
-//     self-sorting, ping-ponging between two split buffers;
+//     Stockham radix-16 (or radix-8) passes and one closing radix-8, -4 or -2 pass for what
+//     remains, self-sorting, ping-ponging between two split buffers;
 //  2. one pass per block of lanes rows: twiddle by exp(-2 pi i l k1 / n), transpose the
 //     lanes x lanes block in registers, and a lanes-point transform across the registers, which
 //     yields X[k1 + rows * k2] as whole vectors in natural order.
@@ -305,7 +305,11 @@ ZAL_INLINE void RunPass(const FFTPass& pass, In in, T* out, const T* tables) {
       TwoStepPass<16, true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
     }
   } else if (pass.radix == 8) {
-    TwoStepPass<8, false, V, T>(in, out, 8, pass.stride, tables);
+    if (pass.span == 8) {
+      TwoStepPass<8, false, V, T>(in, out, 8, pass.stride, tables);
+    } else {
+      TwoStepPass<8, true, V, T>(in, out, pass.span, pass.stride, tables + pass.twiddles);
+    }
   } else {
     Radix4Pass<V, T>(in, out, pass.stride);
   }
@@ -533,6 +537,19 @@ ZAL_NOINLINE void JoinHalves(const T* src, T* z_re, T* z_im, int half, const T* 
 
 // ---- Preparation ----
 
+// Radix 16 halves the trips through memory, but its 16 points fill 32 registers: levels with 16
+// vector registers spill them, which at 32 .. 512 rows costs more than the extra trip a radix-8
+// plan makes (measured at avx2). The one-lane path keeps radix 16.
+constexpr int WidestRadix(int rows, int lanes) {
+#if ZAL_LEVEL_INDEX >= 5
+  (void)rows;
+  (void)lanes;
+  return 16;
+#else
+  return lanes > 1 && rows >= 32 && rows <= 512 ? 8 : 16;
+#endif
+}
+
 // The pass plan and table offsets for a core of 2^core_order points at `lanes` lanes.
 template <class T>
 void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
@@ -544,10 +561,11 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
   int offset = 0;
   int span = spec.rows;
   int stride = 1;
-  // Radix 16 halves the trips through memory; one closing radix-8, -4 or -2 pass takes the
-  // remaining orders.
+  // Radix 16 (or 8) passes, then one closing radix-8, -4 or -2 pass for the remaining orders.
+  const int widest = WidestRadix(spec.rows, lanes);
   constexpr int kRadices[] = {16, 8, 4};
   for (const int radix : kRadices) {
+    if (radix > widest) continue;
     while (span >= radix) {
       spec.passes[spec.pass_count++] = {radix, span, stride, offset};
       if (span > radix) offset += 2 * (radix - 1) * (span / radix);

@@ -12,8 +12,9 @@ inline constexpr int kFFTDivInvByN = 2;
 
 enum class FFTKind : int { kRealF32, kRealF64, kComplexF32, kComplexF64, kSplitF32, kSplitF64 };
 
-// One radix-16 or closing radix-8, -4 or -2 pass of the row transform over vectors of lanes: `span`
-// points per sub-transform, sub-transforms `stride` vectors apart, unit roots at `twiddles`.
+// One radix-16 or -8 pass, or a closing radix-8, -4 or -2 one, of the row transform over vectors of
+// lanes: `span` points per sub-transform, sub-transforms `stride` vectors apart, unit roots at
+// `twiddles`.
 struct FFTPass {
   int radix;
   int span;
