@@ -30,8 +30,10 @@
 //
 // Every transform may run in place (each destination the same array as its source) or out of
 // place (no partial overlap). Buffers need no particular alignment, but the work buffer must hold
-// FFTGetBufSize() bytes; it may be null when that size is 0 (N = 1, and real N <= 2). One state
-// may serve several threads at once if each passes its own work buffer.
+// FFTGetBufSize() bytes; it may be null when that size is 0 (N = 1, real N <= 2, and the short
+// lengths whose whole transform the registers hold: up to 32 .. 256 complex points, depending on
+// the type and the instruction set). One state may serve several threads at once if each passes
+// its own work buffer.
 //
 // Accuracy: the relative RMS error of a forward transform of random data, ||X - exact|| /
 // ||exact||, is at most 1.25 times that of FFTW's (Debian's libfftw3) on the same data: about
