@@ -5,14 +5,16 @@
 #
 # Usage: emulated_levels.sh <path to zal_cpu_probe, or empty when it is not built>
 #
-# What qemu-user 7.2 can emulate, and why the models below are what they are:
+# What qemu-user 7.2 can emulate, and why the processors below are what they are:
+# - Each is the emulator's baseline x86-64 model with instruction-set extensions added or taken
+#   away one by one, so a case differs from the one before it by what it tells apart.
 # - qemu-user plays the OS: it sets CR4.OSXSAVE and the SSE/YMM bits of XCR0 exactly when the
-#   model has XSAVE. Every AVX model therefore reaches its level with no extra flags, and
-#   ",-xsave" yields a processor whose CPUID lists AVX while the OS saves no YMM state; there
-#   qemu raises #UD on any VEX instruction, the very case XGETBV detection exists for.
-# - TCG executes no EVEX instruction and strips the AVX-512 CPUID bits from every model (with a
-#   warning), so level 5 cannot be emulated; Skylake-Server checks that the engine stays at 4.
-# - qemu64 lists SSE3 but not SSSE3; ",-pni" takes SSE3 away for bare SSE2.
+#   processor has XSAVE. Every AVX case therefore reaches its level with no extra flags, and
+#   leaving out "+xsave" yields a processor whose CPUID lists AVX while the OS saves no YMM state;
+#   there qemu raises #UD on any VEX instruction, the very case XGETBV detection exists for.
+# - TCG executes no EVEX instruction and strips the AVX-512 CPUID bits (with a warning), so level
+#   5 cannot be emulated; the last case checks that the engine stays at 4.
+# - The baseline lists SSE3 but not SSSE3; "-pni" takes SSE3 away for bare SSE2.
 set -uo pipefail
 
 if [[ $# -ne 1 ]]; then
@@ -30,19 +32,22 @@ if ! command -v qemu-x86_64 >/dev/null; then
   exit 77
 fi
 
-# model, expected level, what the model tells apart
+readonly sse42=qemu64,+ssse3,+sse4.1,+sse4.2,+popcnt
+readonly avx2=$sse42,+xsave,+avx,+avx2,+fma,+bmi1,+bmi2
+
+# processor, expected level, what the processor tells apart
 readonly cases=(
-  "qemu64,-pni      0  SSE2 without SSE3"
-  "qemu64           0  SSE3 without SSSE3"
-  "core2duo         1  SSSE3"
-  "Penryn           1  SSE4.1 without SSE4.2"
-  "Nehalem          2  SSE4.2"
-  "SandyBridge      3  AVX"
-  "SandyBridge,-xsave 2  AVX in CPUID, YMM state not enabled"
-  "Haswell          4  AVX2 with FMA, BMI1, BMI2"
-  "Haswell,-fma     3  AVX2 without FMA"
-  "Haswell,-xsave   2  AVX2 in CPUID, YMM state not enabled"
-  "Skylake-Server   4  AVX-512 stripped by the emulator"
+  "qemu64,-pni            0  SSE2 without SSE3"
+  "qemu64                 0  SSE3 without SSSE3"
+  "qemu64,+ssse3          1  SSSE3"
+  "qemu64,+ssse3,+sse4.1  1  SSE4.1 without SSE4.2"
+  "$sse42                 2  SSE4.2"
+  "$sse42,+xsave,+avx     3  AVX"
+  "$sse42,+avx            2  AVX in CPUID, YMM state not enabled"
+  "$avx2                  4  AVX2 with FMA, BMI1, BMI2"
+  "${avx2/,+fma/}         3  AVX2 without FMA"
+  "${avx2/+xsave,/}       2  AVX2 in CPUID, YMM state not enabled"
+  "$avx2,+avx512f,+avx512cd,+avx512bw,+avx512dq,+avx512vl 4  AVX-512 stripped by the emulator"
 )
 
 # qemu dumps core for a guest killed by a signal; the verdict says enough.
@@ -52,7 +57,7 @@ trap 'rm -f "$errors"' EXIT
 
 passed=0
 failed=0
-printf '%-20s %-8s %-6s %-11s %s\n' model expected got result features
+printf '%-40s %-8s %-6s %-11s %s\n' processor expected got result features
 for entry in "${cases[@]}"; do
   read -r model expected note <<<"$entry"
   output=$(timeout 120 qemu-x86_64 -cpu "$model" "$probe" 2>"$errors")
@@ -76,12 +81,13 @@ for entry in "${cases[@]}"; do
     verdict="wrong level"
   fi
 
-  printf '%-20s %-8s %-6s %-11s %s (%s)\n' "$model" "$expected" "$got" "$verdict" "$features" "$note"
+  printf '%-40s %-8s %-6s %-11s %s\n' "$note" "$expected" "$got" "$verdict" "$features"
   if [[ $verdict == ok ]]; then
     passed=$((passed + 1))
   else
     failed=$((failed + 1))
-    # qemu warns about every model feature TCG lacks; only the probe's own words matter here.
+    # qemu warns about every requested feature TCG lacks; only the probe's own words matter here.
+    echo "    -cpu $model"
     grep -v "TCG doesn't support requested feature" "$errors" | sed 's/^/    /'
   fi
 done

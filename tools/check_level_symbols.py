@@ -47,7 +47,7 @@ COFF_GLOBAL_LOWER_TYPES = set("u")
 # One line of BSD-format nm output; undefined symbols have no value.
 NM_LINE = re.compile(r"^([0-9A-Fa-f]+)?\s+(\S)\s+(\S.*)$")
 
-# Itanium special names that wrap another name: vtable, VTT, typeinfo and its name, thunks, TLS
+# Special names of the common C++ ABI that wrap another name: vtable, VTT, typeinfo and its name, thunks, TLS
 # init and wrapper, guard variable, reference temporary, transaction clone, construction vtable,
 # and the local-entity prefix Z (a static or lambda inside a function).
 NUMBER = r"n?\d+_"
@@ -67,7 +67,7 @@ LEVEL_PATTERNS = {level: level_namespace_pattern(level) for level in LEVELS}
 
 
 def mangled_entity(name):
-    """The Itanium encoding with special-name prefixes removed, or None if not Itanium."""
+    """The C++ ABI encoding with special-name prefixes removed, or None if not such a name."""
     if not name.startswith("_Z"):
         return None
     entity = name[2:]

@@ -10,7 +10,7 @@ namespace zal::engine {
 // False when the processor cannot be identified (no leaf 1).
 bool DetectFeatures(const CpuidSource& cpu, std::uint64_t* features);
 
-// Leaf 0 names the reference vendor ("GenuineIntel").
+// Leaf 0's EBX, EDX, ECX name the reference vendor.
 bool IsReferenceVendor(const CpuidSource& cpu);
 
 // This processor's feature word, detected once and memoised; false when detection fails.

@@ -51,54 +51,54 @@ constexpr std::uint32_t CacheGeometry(std::uint32_t ways, std::uint32_t partitio
 }
 
 const CacheEdit kCacheEdits[] = {
-    {"Core i7-4770", "highest basic leaf reported 1", [](auto& p) { p.LimitReportedMaxLeaf(1); },
-     -1, engStsNotSupportedCpu, 0},
-    {"Core i7-4770", "highest basic leaf 0", [](auto& p) { p.Registers(0, 0).eax = 0; }, -1,
-     engStsNotSupportedCpu, 0},
+    {"2013 desktop, family 6 model 60, AVX2", "highest basic leaf reported 1",
+     [](auto& p) { p.LimitReportedMaxLeaf(1); }, -1, engStsNotSupportedCpu, 0},
+    {"2013 desktop, family 6 model 60, AVX2", "highest basic leaf 0",
+     [](auto& p) { p.Registers(0, 0).eax = 0; }, -1, engStsNotSupportedCpu, 0},
     // Below leaf 4 the descriptors count, and this one's name no data cache (0xFF: see leaf 4).
-    {"Core i7-4770", "highest basic leaf reported 3", [](auto& p) { p.LimitReportedMaxLeaf(3); }, 0,
-     engStsUnknownCacheSize, 0},
-    {"Core i7-920", "highest basic leaf reported 2", [](auto& p) { p.LimitReportedMaxLeaf(2); },
-     8 * kMiB, engStsNoErr, 64},
-    {"Pentium 4 (Prescott)", "highest basic leaf 2", [](auto& p) { p.Registers(0, 0).eax = 2; },
-     1 * kMiB, engStsNoErr, 64},
-    {"Pentium 4 (Northwood)", "no descriptors",
+    {"2013 desktop, family 6 model 60, AVX2", "highest basic leaf reported 3",
+     [](auto& p) { p.LimitReportedMaxLeaf(3); }, 0, engStsUnknownCacheSize, 0},
+    {"2008 desktop, family 6 model 26, SSE4.2", "highest basic leaf reported 2",
+     [](auto& p) { p.LimitReportedMaxLeaf(2); }, 8 * kMiB, engStsNoErr, 64},
+    {"2004 desktop, family 15 model 3, SSE3", "highest basic leaf 2",
+     [](auto& p) { p.Registers(0, 0).eax = 2; }, 1 * kMiB, engStsNoErr, 64},
+    {"2002 desktop, family 15 model 2, SSE2", "no descriptors",
      [](auto& p) {
        p.Registers(2, 0) = {1, 0, 0, 0};
      },
      0, engStsUnknownCacheSize, 0},
-    {"Pentium 4 (Northwood)", "another vendor", [](auto& p) { p.Registers(0, 0).ecx = 0; }, -1,
-     engStsNotSupportedCpu, 0},
+    {"2002 desktop, family 15 model 2, SSE2", "another vendor",
+     [](auto& p) { p.Registers(0, 0).ecx = 0; }, -1, engStsNotSupportedCpu, 0},
     // Leaf 4: a null type ends the walk, instruction caches do not count.
-    {"Core i7-4770", "leaf 4 empty", [](auto& p) { p.Registers(4, 0) = {}; }, 0,
-     engStsUnknownCacheSize, 0},
-    {"Core i7-4770", "leaf 4 holding an instruction cache only",
+    {"2013 desktop, family 6 model 60, AVX2", "leaf 4 empty",
+     [](auto& p) { p.Registers(4, 0) = {}; }, 0, engStsUnknownCacheSize, 0},
+    {"2013 desktop, family 6 model 60, AVX2", "leaf 4 holding an instruction cache only",
      [](auto& p) {
        p.Registers(4, 0) = p.Registers(4, 1);
        p.Registers(4, 1) = {};
      },
      0, engStsUnknownCacheSize, 0},
-    {"Core i7-920", "walk ends before L3", [](auto& p) { p.Registers(4, 2) = {}; }, 32 * kKiB,
-     engStsNoErr, 64},
-    {"Core i7-4770", "huge instruction cache",
+    {"2008 desktop, family 6 model 26, SSE4.2", "walk ends before L3",
+     [](auto& p) { p.Registers(4, 2) = {}; }, 32 * kKiB, engStsNoErr, 64},
+    {"2013 desktop, family 6 model 60, AVX2", "huge instruction cache",
      [](auto& p) {
        p.Registers(4, 1).ebx = CacheGeometry(16, 1, 64);
        p.Registers(4, 1).ecx = 65535;
      },
      8 * kMiB, engStsNoErr, 64},
-    {"Core i7-4770", "L3 in two partitions",
+    {"2013 desktop, family 6 model 60, AVX2", "L3 in two partitions",
      [](auto& p) { p.Registers(4, 3).ebx = CacheGeometry(16, 2, 64); }, 16 * kMiB, engStsNoErr, 64},
-    {"Core i7-4770", "L1 as large as L3, with 128-byte lines",
+    {"2013 desktop, family 6 model 60, AVX2", "L1 as large as L3, with 128-byte lines",
      [](auto& p) {
        p.Registers(4, 0).ebx = CacheGeometry(16, 1, 128);
        p.Registers(4, 0).ecx = 4095;
      },
      8 * kMiB, engStsNoErr, 128},
-    {"Core i7-4770", "L3 with 128-byte lines",
+    {"2013 desktop, family 6 model 60, AVX2", "L3 with 128-byte lines",
      [](auto& p) { p.Registers(4, 3).ebx = CacheGeometry(16, 1, 128); }, 16 * kMiB, engStsNoErr,
      128},
     // Level and sharing fields play no part.
-    {"Core i7-4770", "L2 reported as a level-3 cache",
+    {"2013 desktop, family 6 model 60, AVX2", "L2 reported as a level-3 cache",
      [](auto& p) { p.Registers(4, 2).eax = 0x00000063; }, 8 * kMiB, engStsNoErr, 64},
 };
 

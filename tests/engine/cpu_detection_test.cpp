@@ -53,56 +53,68 @@ struct RegisterEdit {
 // One register changed on a real processor, for the features that depend on several sources.
 const RegisterEdit kRegisterEdits[] = {
     // ENABLEDBYOS: OSXSAVE, AVX and XCR0 bits 1 and 2 together.
-    {"Core i7-4770", "OSXSAVE clear", [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(27); }, 0xEDFF},
-    {"Core i7-4770", "AVX clear", [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(28); }, 0xECFF},
-    {"Core i7-4770", "XCR0 without YMM state", [](auto& p) { p.set_xcr0(0x3); }, 0xEDFF},
-    {"Core i7-4770", "XCR0 without SSE state", [](auto& p) { p.set_xcr0(0x5); }, 0xEDFF},
+    {"2013 desktop, family 6 model 60, AVX2", "OSXSAVE clear",
+     [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(27); }, 0xEDFF},
+    {"2013 desktop, family 6 model 60, AVX2", "AVX clear",
+     [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(28); }, 0xECFF},
+    {"2013 desktop, family 6 model 60, AVX2", "XCR0 without YMM state",
+     [](auto& p) { p.set_xcr0(0x3); }, 0xEDFF},
+    {"2013 desktop, family 6 model 60, AVX2", "XCR0 without SSE state",
+     [](auto& p) { p.set_xcr0(0x5); }, 0xEDFF},
     // Bit 33: OSXSAVE and XCR0 bits 5, 6 and 7 together.
-    {"Xeon Gold 6148", "XCR0 without AVX-512 state", [](auto& p) { p.set_xcr0(0x7); }, 0x01737EFFF},
-    {"Xeon Gold 6148", "XCR0 without Hi16_ZMM", [](auto& p) { p.set_xcr0(0x67); }, 0x01737EFFF},
-    {"Xeon Gold 6148", "OSXSAVE clear", [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(27); },
-     0x01737EDFF},
-    {"Xeon Phi 7210", "XCR0 without AVX-512 state", [](auto& p) { p.set_xcr0(0x7); }, 0xF7EFFF},
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "XCR0 without AVX-512 state",
+     [](auto& p) { p.set_xcr0(0x7); }, 0x01737EFFF},
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "XCR0 without Hi16_ZMM",
+     [](auto& p) { p.set_xcr0(0x67); }, 0x01737EFFF},
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "OSXSAVE clear",
+     [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(27); }, 0x01737EDFF},
+    {"2016 many-core, family 6 model 87, AVX-512 F/CD/ER/PF", "XCR0 without AVX-512 state",
+     [](auto& p) { p.set_xcr0(0x7); }, 0xF7EFFF},
     // AVX2: FMA, AVX2, BMI1 and BMI2 together.
-    {"Core i7-4770", "FMA clear", [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(12); }, 0x6FFF},
-    {"Core i7-4770", "AVX2 clear", [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(5); }, 0x6FFF},
-    {"Core i7-4770", "BMI1 clear", [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(3); }, 0x6FFF},
-    {"Core i7-4770", "BMI2 clear", [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(8); }, 0x6FFF},
+    {"2013 desktop, family 6 model 60, AVX2", "FMA clear",
+     [](auto& p) { p.Registers(1, 0).ecx &= ~Bit(12); }, 0x6FFF},
+    {"2013 desktop, family 6 model 60, AVX2", "AVX2 clear",
+     [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(5); }, 0x6FFF},
+    {"2013 desktop, family 6 model 60, AVX2", "BMI1 clear",
+     [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(3); }, 0x6FFF},
+    {"2013 desktop, family 6 model 60, AVX2", "BMI2 clear",
+     [](auto& p) { p.Registers(7, 0).ebx &= ~Bit(8); }, 0x6FFF},
     // PREFETCHW only when leaf 0x80000001 exists; leaf 7 only when the highest basic leaf
     // reaches it, and only its sub-leaf 0. A limited maximum leaves the higher leaves answering.
-    {"Ryzen 7 3700X", "highest extended leaf reported 0x80000000",
+    {"2019 desktop, family 23 model 113, AVX2, another vendor",
+     "highest extended leaf reported 0x80000000",
      [](auto& p) { p.LimitReportedMaxLeaf(0x80000000u); }, 0xBEFFF},
-    {"Ryzen 7 3700X", "PREFETCHW clear",
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "PREFETCHW clear",
      [](auto& p) { p.Registers(0x80000001u, 0).ecx &= ~Bit(8); }, 0xBEFFF},
-    {"Core i7-4770", "PREFETCHW set", [](auto& p) { p.Registers(0x80000001u, 0).ecx |= Bit(8); },
-     0x4EFFF},
-    {"Xeon Gold 6148", "highest basic leaf reported 6", [](auto& p) { p.LimitReportedMaxLeaf(6); },
-     0x200046FFF},
-    {"Ryzen 7 3700X", "highest basic leaf reported 6", [](auto& p) { p.LimitReportedMaxLeaf(6); },
-     0x46FFF},
-    {"Core i7-4770", "highest basic leaf reported 2", [](auto& p) { p.LimitReportedMaxLeaf(2); },
-     0x6FFF},
-    {"Xeon Gold 6148", "leaf 7 sub-leaf 1 all ones",
+    {"2013 desktop, family 6 model 60, AVX2", "PREFETCHW set",
+     [](auto& p) { p.Registers(0x80000001u, 0).ecx |= Bit(8); }, 0x4EFFF},
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "highest basic leaf reported 6",
+     [](auto& p) { p.LimitReportedMaxLeaf(6); }, 0x200046FFF},
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "highest basic leaf reported 6",
+     [](auto& p) { p.LimitReportedMaxLeaf(6); }, 0x46FFF},
+    {"2013 desktop, family 6 model 60, AVX2", "highest basic leaf reported 2",
+     [](auto& p) { p.LimitReportedMaxLeaf(2); }, 0x6FFF},
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "leaf 7 sub-leaf 1 all ones",
      [](auto& p) {
        p.Registers(7, 1) = {~0u, ~0u, ~0u, ~0u};
      },
      0x21737EFFF},
     // The other leaf-7 words.
-    {"Xeon Platinum 8380", "VBMI clear", [](auto& p) { p.Registers(7, 0).ecx &= ~Bit(1); },
-     0xF073FEFFF},
-    {"Xeon Phi 7210", "4FMAPS and 4VNNIW set",
+    {"2021 server, family 6 model 106, AVX-512 with VBMI and IFMA", "VBMI clear",
+     [](auto& p) { p.Registers(7, 0).ecx &= ~Bit(1); }, 0xF073FEFFF},
+    {"2016 many-core, family 6 model 87, AVX-512 F/CD/ER/PF", "4FMAPS and 4VNNIW set",
      [](auto& p) { p.Registers(7, 0).edx |= Bit(2) | Bit(3); }, 0x260F7EFFF},
     // KNC: family 0Bh model 1 from leaf 1 EAX bits 4 to 11.
-    {"Core i7-920", "family 0Bh model 1", [](auto& p) { p.Registers(1, 0).eax = 0x00000B11; },
-     0x800000DF},
-    {"Core i7-920", "family 0Bh model 1, extended model set",
+    {"2008 desktop, family 6 model 26, SSE4.2", "family 0Bh model 1",
+     [](auto& p) { p.Registers(1, 0).eax = 0x00000B11; }, 0x800000DF},
+    {"2008 desktop, family 6 model 26, SSE4.2", "family 0Bh model 1, extended model set",
      [](auto& p) { p.Registers(1, 0).eax = 0x00010B10; }, 0x800000DF},
-    {"Core i7-920", "family 0Bh model 2", [](auto& p) { p.Registers(1, 0).eax = 0x00000B21; },
-     0xDF},
-    {"Core i7-920", "family 0Fh model 1", [](auto& p) { p.Registers(1, 0).eax = 0x00000F11; },
-     0xDF},
+    {"2008 desktop, family 6 model 26, SSE4.2", "family 0Bh model 2",
+     [](auto& p) { p.Registers(1, 0).eax = 0x00000B21; }, 0xDF},
+    {"2008 desktop, family 6 model 26, SSE4.2", "family 0Fh model 1",
+     [](auto& p) { p.Registers(1, 0).eax = 0x00000F11; }, 0xDF},
     // Leaf 1 is all detection needs.
-    {"Pentium 4 (Northwood)", "highest basic leaf reported 1",
+    {"2002 desktop, family 15 model 2, SSE2", "highest basic leaf reported 1",
      [](auto& p) { p.LimitReportedMaxLeaf(1); }, 0x7},
 };
 
@@ -119,7 +131,7 @@ TEST(CpuDetection, FeaturesWithSeveralSourcesNeedAllOfThem) {
 
 TEST(CpuDetection, XgetbvIsNotAskedWithoutOsxsave) {
   // XGETBV faults when the OS has not enabled XSAVE: whatever XCR0 would say must not count.
-  RecordedProcessor cpu = Recorded("Core i7-2600, OS without XSAVE");
+  RecordedProcessor cpu = Recorded("2011 desktop, family 6 model 42, AVX, OS without XSAVE");
   cpu.set_xcr0(0xE7);
   std::uint64_t features = 0;
   ASSERT_TRUE(DetectFeatures(cpu, &features));
@@ -127,7 +139,7 @@ TEST(CpuDetection, XgetbvIsNotAskedWithoutOsxsave) {
 }
 
 TEST(CpuDetection, ProcessorWithoutLeafOneCannotBeIdentified) {
-  RecordedProcessor cpu = Recorded("Core i7-920");
+  RecordedProcessor cpu = Recorded("2008 desktop, family 6 model 26, SSE4.2");
   cpu.Registers(0, 0).eax = 0;
   std::uint64_t features = 0x5A5A;
   EXPECT_FALSE(DetectFeatures(cpu, &features));
@@ -139,7 +151,7 @@ TEST(CpuDetection, VendorIsReadFromAllThreeRegisters) {
     std::uint32_t zal::engine::CpuidRegisters::*reg;
     std::uint32_t value;
   };
-  // "GenuineIntel" with one register changed at a time.
+  // The reference vendor's leaf 0 with one register changed at a time.
   const VendorEdit edits[] = {
       {"ECX", &zal::engine::CpuidRegisters::ecx, 0x6C65746F},
       {"EDX", &zal::engine::CpuidRegisters::edx, 0x6C65746E},
@@ -147,7 +159,7 @@ TEST(CpuDetection, VendorIsReadFromAllThreeRegisters) {
   };
   for (const VendorEdit& e : edits) {
     SCOPED_TRACE(e.change);
-    RecordedProcessor cpu = Recorded("Core i7-4770");
+    RecordedProcessor cpu = Recorded("2013 desktop, family 6 model 60, AVX2");
     cpu.Registers(0, 0).*e.reg = e.value;
     EXPECT_FALSE(IsReferenceVendor(cpu));
   }

@@ -6,12 +6,14 @@
 namespace zal::test {
 namespace {
 
-// Leaf 0 EBX, ECX, EDX: "GenuineIntel" and "AuthenticAMD".
-constexpr std::uint32_t kIntelEbx = 0x756E6547, kIntelEcx = 0x6C65746E, kIntelEdx = 0x49656E69;
-constexpr std::uint32_t kAmdEbx = 0x68747541, kAmdEcx = 0x444D4163, kAmdEdx = 0x69746E65;
+// Leaf 0 EBX, ECX, EDX of the reference vendor and of another vendor, as the engine compares them.
+constexpr std::uint32_t kReferenceVendorEbx = 0x756E6547, kReferenceVendorEcx = 0x6C65746E,
+                        kReferenceVendorEdx = 0x49656E69;
+constexpr std::uint32_t kOtherVendorEbx = 0x68747541, kOtherVendorEcx = 0x444D4163,
+                        kOtherVendorEdx = 0x69746E65;
 
-constexpr CpuidRecord IntelLeaf0(std::uint32_t max_basic) {
-  return {0, 0, {max_basic, kIntelEbx, kIntelEcx, kIntelEdx}};
+constexpr CpuidRecord ReferenceVendorLeaf0(std::uint32_t max_basic) {
+  return {0, 0, {max_basic, kReferenceVendorEbx, kReferenceVendorEcx, kReferenceVendorEdx}};
 }
 
 constexpr std::uint32_t kExtendedBase = 0x80000000u;
@@ -26,9 +28,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
   std::vector<RecordedCase> cases;
 
   // Family 6 model 8: MMX and SSE only; leaf 3 (serial number) disabled, so leaf 2 is the last.
-  cases.push_back({RecordedProcessor("Pentium III (Coppermine)",
+  cases.push_back({RecordedProcessor("2000 desktop, family 6 model 8, SSE",
                                      {
-                                         IntelLeaf0(2),
+                                         ReferenceVendorLeaf0(2),
                                          {1, 0, {0x00000686, 0x00000002, 0x00000000, 0x0383FBFF}},
                                          {2, 0, {0x03020101, 0x00000000, 0x00000000, 0x0C040882}},
                                      },
@@ -42,9 +44,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 32}});
 
-  cases.push_back({RecordedProcessor("Pentium 4 (Northwood)",
+  cases.push_back({RecordedProcessor("2002 desktop, family 15 model 2, SSE2",
                                      {
-                                         IntelLeaf0(2),
+                                         ReferenceVendorLeaf0(2),
                                          {1, 0, {0x00000F29, 0x00020809, 0x00004400, 0xBFEBFBFF}},
                                          {2, 0, {0x665B5001, 0x00000000, 0x00000000, 0x007B7040}},
                                          {kExtendedBase, 0, {0x80000004, 0, 0, 0}},
@@ -60,9 +62,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Pentium M (Dothan)",
+  cases.push_back({RecordedProcessor("2004 laptop, family 6 model 13, SSE2",
                                      {
-                                         IntelLeaf0(2),
+                                         ReferenceVendorLeaf0(2),
                                          {1, 0, {0x000006D8, 0x00000816, 0x00000180, 0xAFE9FBFF}},
                                          {2, 0, {0x02B3B001, 0x000000F0, 0x00000000, 0x2C04307D}},
                                          {kExtendedBase, 0, {0x80000004, 0, 0, 0}},
@@ -78,9 +80,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Pentium 4 (Prescott)",
+  cases.push_back({RecordedProcessor("2004 desktop, family 15 model 3, SSE3",
                                      {
-                                         IntelLeaf0(5),
+                                         ReferenceVendorLeaf0(5),
                                          {1, 0, {0x00000F34, 0x00020800, 0x0000441D, 0xBFEBFBFF}},
                                          {2, 0, {0x605B5001, 0x00000000, 0x00000000, 0x007C7040}},
                                          {4, 0, {0x00004121, 0x01C0003F, 0x0000001F, 0}},
@@ -98,9 +100,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Atom N270",
+  cases.push_back({RecordedProcessor("2008 netbook, family 6 model 28, SSSE3 and MOVBE",
                                      {
-                                         IntelLeaf0(0xA),
+                                         ReferenceVendorLeaf0(0xA),
                                          {1, 0, {0x000106C2, 0x00020800, 0x0040E39D, 0xBFE9FBFF}},
                                          {2, 0, {0x4FBA5901, 0x0E3080C0, 0x00000000, 0x00000000}},
                                          {4, 0, {0x00004121, 0x0140003F, 0x0000003F, 0}},
@@ -120,9 +122,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Core i7-920",
+  cases.push_back({RecordedProcessor("2008 desktop, family 6 model 26, SSE4.2",
                                      {
-                                         IntelLeaf0(0xB),
+                                         ReferenceVendorLeaf0(0xB),
                                          {1, 0, {0x000106A5, 0x00100800, 0x0098E3BD, 0xBFEBFBFF}},
                                          {2, 0, {0x55035A01, 0x00F0B2E4, 0x00000000, 0x09CA212C}},
                                          {4, 0, {0x1C004121, 0x01C0003F, 0x0000003F, 0}},
@@ -143,7 +145,7 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  const std::vector<CpuidRecord> sandy_bridge_caches = {
+  const std::vector<CpuidRecord> family6_model42_caches = {
       {2, 0, {0x76035A01, 0x00F0B0FF, 0x00000000, 0x00CA0000}},
       {4, 0, {0x1C004121, 0x01C0003F, 0x0000003F, 0}},
       {4, 1, {0x1C004122, 0x01C0003F, 0x0000003F, 0}},
@@ -153,14 +155,15 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
       {kExtendedBase, 0, {0x80000008, 0, 0, 0}},
       {0x80000001, 0, {0, 0, 0x00000001, 0x28100800}},
   };
-  auto sandy_bridge = [&](std::uint32_t leaf1_ecx) {
-    std::vector<CpuidRecord> records = {IntelLeaf0(0xD),
+  auto family6_model42 = [&](std::uint32_t leaf1_ecx) {
+    std::vector<CpuidRecord> records = {ReferenceVendorLeaf0(0xD),
                                         {1, 0, {0x000206A7, 0x00100800, leaf1_ecx, 0xBFEBFBFF}}};
-    records.insert(records.end(), sandy_bridge_caches.begin(), sandy_bridge_caches.end());
+    records.insert(records.end(), family6_model42_caches.begin(), family6_model42_caches.end());
     return records;
   };
   // An operating system from before AVX: OSXSAVE clear, so the AVX state is not saved.
-  cases.push_back({RecordedProcessor("Core i7-2600, OS without XSAVE", sandy_bridge(0x17BAE3FF), 0),
+  cases.push_back({RecordedProcessor("2011 desktop, family 6 model 42, AVX, OS without XSAVE",
+                                     family6_model42(0x17BAE3FF), 0),
                    {.features = 0xDDF,
                     .level = 2,  // AVX dropped by the selection
                     .in_force = 0xCDF,
@@ -169,19 +172,20 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_bytes = 8 * kMiB,
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
-  cases.push_back({RecordedProcessor("Core i7-2600", sandy_bridge(0x1FBAE3FF), 0x7),
-                   {.features = 0xFDF,
-                    .level = 3,
-                    .in_force = 0xFDF,
-                    .selection_status = engStsNoErr,
-                    .reference_vendor = true,
-                    .cache_bytes = 8 * kMiB,
-                    .cache_status = engStsNoErr,
-                    .cache_line_bytes = 64}});
+  cases.push_back(
+      {RecordedProcessor("2011 desktop, family 6 model 42, AVX", family6_model42(0x1FBAE3FF), 0x7),
+       {.features = 0xFDF,
+        .level = 3,
+        .in_force = 0xFDF,
+        .selection_status = engStsNoErr,
+        .reference_vendor = true,
+        .cache_bytes = 8 * kMiB,
+        .cache_status = engStsNoErr,
+        .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Core i7-4770",
+  cases.push_back({RecordedProcessor("2013 desktop, family 6 model 60, AVX2",
                                      {
-                                         IntelLeaf0(0xD),
+                                         ReferenceVendorLeaf0(0xD),
                                          {1, 0, {0x000306C3, 0x00100800, 0x7FFAFBFF, 0xBFEBFBFF}},
                                          {2, 0, {0x76036301, 0x00F0B5FF, 0x00000000, 0x00C30000}},
                                          {4, 0, {0x1C004121, 0x01C0003F, 0x0000003F, 0}},
@@ -203,9 +207,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_line_bytes = 64}});
 
   // AVX-512 F, CD, ER and PF without BW, DQ or VL.
-  cases.push_back({RecordedProcessor("Xeon Phi 7210",
+  cases.push_back({RecordedProcessor("2016 many-core, family 6 model 87, AVX-512 F/CD/ER/PF",
                                      {
-                                         IntelLeaf0(0xD),
+                                         ReferenceVendorLeaf0(0xD),
                                          {1, 0, {0x00050671, 0x00000800, 0x7FF8F3BF, 0xBFEBFBFF}},
                                          {4, 0, {0xFC00C121, 0x01C0003F, 0x0000003F, 0}},
                                          {4, 1, {0xFC00C122, 0x01C0003F, 0x0000003F, 0}},
@@ -224,9 +228,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Xeon Gold 6148",
+  cases.push_back({RecordedProcessor("2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL",
                                      {
-                                         IntelLeaf0(0x16),
+                                         ReferenceVendorLeaf0(0x16),
                                          {1, 0, {0x00050654, 0x00400800, 0x7FFEFBFF, 0xBFEBFBFF}},
                                          {2, 0, {0x00FEFF01, 0x000000F0, 0x00000000, 0x00000000}},
                                          {4, 0, {0x7C004121, 0x01C0003F, 0x0000003F, 0}},
@@ -247,9 +251,9 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                     .cache_status = engStsNoErr,
                     .cache_line_bytes = 64}});
 
-  cases.push_back({RecordedProcessor("Xeon Platinum 8380",
+  cases.push_back({RecordedProcessor("2021 server, family 6 model 106, AVX-512 with VBMI and IFMA",
                                      {
-                                         IntelLeaf0(0x1B),
+                                         ReferenceVendorLeaf0(0x1B),
                                          {1, 0, {0x000606A6, 0x00800800, 0x7FFEFBFF, 0xBFEBFBFF}},
                                          {2, 0, {0x00FEFF01, 0x000000F0, 0x00000000, 0x00000000}},
                                          {4, 0, {0xFC004121, 0x02C0003F, 0x0000003F, 0}},
@@ -272,15 +276,16 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
 
   // Another vendor: leaf 2 and leaf 4 are reserved there and read as zeros.
   cases.push_back(
-      {RecordedProcessor("Ryzen 7 3700X",
-                         {
-                             {0, 0, {0x00000010, kAmdEbx, kAmdEcx, kAmdEdx}},
-                             {1, 0, {0x00870F10, 0x00100800, 0x7ED8320B, 0x178BFBFF}},
-                             {7, 0, {0, 0x219C91A9, 0x00400004, 0}},
-                             {kExtendedBase, 0, {0x8000001F, kAmdEbx, kAmdEcx, kAmdEdx}},
-                             {0x80000001, 0, {0x00870F10, 0x20000000, 0x75C237FF, 0x2FD3FBFF}},
-                         },
-                         0x7),
+      {RecordedProcessor(
+           "2019 desktop, family 23 model 113, AVX2, another vendor",
+           {
+               {0, 0, {0x00000010, kOtherVendorEbx, kOtherVendorEcx, kOtherVendorEdx}},
+               {1, 0, {0x00870F10, 0x00100800, 0x7ED8320B, 0x178BFBFF}},
+               {7, 0, {0, 0x219C91A9, 0x00400004, 0}},
+               {kExtendedBase, 0, {0x8000001F, kOtherVendorEbx, kOtherVendorEcx, kOtherVendorEdx}},
+               {0x80000001, 0, {0x00870F10, 0x20000000, 0x75C237FF, 0x2FD3FBFF}},
+           },
+           0x7),
        {.features = 0xFEFFF,
         .level = 4,
         .in_force = 0xFEFFF,
