@@ -11,6 +11,7 @@ from pathlib import Path
 
 from .common import LEVEL_NAMES, list_benchmarks, markdown_table, median_ns, repetitions
 from .common import any_of, size_label
+from .machine import describe
 
 BINARIES = ("zal_bench_fft",)
 KINDS = {"r32": "real float", "c32": "complex float", "s32": "split float",
@@ -129,7 +130,7 @@ def svg(rows, context):
     kinds = [k for k in KINDS if any(r["kind"] == k for r in rows)]
     panels_down = (len(kinds) + columns - 1) // columns
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{width * columns}" '
-             f'height="{height * panels_down + 24}" font-family="sans-serif" font-size="11">',
+             f'height="{height * panels_down + 44}" font-family="sans-serif" font-size="11">',
              '<rect width="100%" height="100%" fill="white"/>',
              f'<text x="8" y="16" font-size="13">Forward transforms, MFlops against N '
              f'(natural level {context.get("natural_level", "?")}, one core): '
@@ -165,6 +166,7 @@ def svg(rows, context):
             line = " ".join(point(x, r[key]) for x, r in zip(xs, data))
             parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" '
                          f'stroke-width="1.6"{dash}/>')
+    parts.append(f'<text x="8" y="{height * panels_down + 38}" fill="#555">{describe()}</text>')
     parts.append("</svg>")
     return "\n".join(parts) + "\n"
 
