@@ -272,7 +272,13 @@ ZAL_INLINE EngStatus SwapElements(const T* src, T* dst, int n) {
   for (; i + kLanes <= n; i += kLanes) {
     StoreBytes(dst + i, ReverseBytesIn<sizeof(T)>(LoadBytes(src + i)));
   }
-  for (; i < n; ++i) dst[i] = SwapScalar(src[i]);
+  // Elements may sit off their natural alignment: copied as bytes.
+  for (; i < n; ++i) {
+    T x;
+    std::memcpy(&x, src + i, sizeof x);
+    x = SwapScalar(x);
+    std::memcpy(dst + i, &x, sizeof x);
+  }
   return engStsNoErr;
 }
 
@@ -302,7 +308,7 @@ ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
   VBytes takes_previous[3];
   for (std::size_t k = 0; k < 3; ++k) {
     const std::size_t phase = k * kW % 3;
-    takes_next[k] = LoadBytes(kThirds.bytes + (3 - phase) % 3);
+    takes_next[k] = LoadBytes(kThirds.bytes + phase);
     takes_previous[k] = LoadBytes(kThirds.bytes + (phase + 1) % 3);
   }
   std::size_t p = 3;
