@@ -263,11 +263,15 @@ ZAL_INLINE EngStatus SwapElements(const T* src, T* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
   constexpr std::ptrdiff_t kLanes = VBytes::kBytes / sizeof(T);
   std::ptrdiff_t i = 0;
-  for (; i + 2 * kLanes <= n; i += 2 * kLanes) {
+  for (; i + 4 * kLanes <= n; i += 4 * kLanes) {
     const VBytes a = LoadBytes(src + i);
     const VBytes b = LoadBytes(src + i + kLanes);
+    const VBytes c = LoadBytes(src + i + 2 * kLanes);
+    const VBytes e = LoadBytes(src + i + 3 * kLanes);
     StoreBytes(dst + i, ReverseBytesIn<sizeof(T)>(a));
     StoreBytes(dst + i + kLanes, ReverseBytesIn<sizeof(T)>(b));
+    StoreBytes(dst + i + 2 * kLanes, ReverseBytesIn<sizeof(T)>(c));
+    StoreBytes(dst + i + 3 * kLanes, ReverseBytesIn<sizeof(T)>(e));
   }
   for (; i + kLanes <= n; i += kLanes) {
     StoreBytes(dst + i, ReverseBytesIn<sizeof(T)>(LoadBytes(src + i)));
@@ -282,6 +286,7 @@ ZAL_INLINE EngStatus SwapElements(const T* src, T* dst, int n) {
   return engStsNoErr;
 }
 
+#if ZAL_LEVEL_INDEX < 5
 // 0xFF at every third byte from 0: a register loaded from kThirds + k selects the bytes whose
 // position is k short of a multiple of three.
 struct ThirdBytes {
@@ -292,34 +297,54 @@ constexpr ThirdBytes kThirds = [] {
   for (std::size_t i = 0; i < sizeof t.bytes; i += 3) t.bytes[i] = 0xFF;
   return t;
 }();
+#endif
 
 // 24-bit elements exchange bytes 0 and 2: a byte at position p of the stream takes the byte two
 // further on where p % 3 == 0, two back where p % 3 == 2, and stays where p % 3 == 1. Three loads,
 // two bytes apart, supply the three, and two selections pick. A block of three registers
 // starts at a multiple of three bytes; its registers start at phases 0, kBytes % 3 and
 // 2 kBytes % 3. The first element is swapped alone, so that the load two bytes back stays inside.
+// At avx512, permutes across the register do better.
 ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
-  constexpr std::size_t kW = VBytes::kBytes;
   const Byte* s = src->bytes;
   Byte* d = dst->bytes;
   const std::size_t bytes = static_cast<std::size_t>(n) * 3;
-  VBytes takes_next[3];
-  VBytes takes_previous[3];
-  for (std::size_t k = 0; k < 3; ++k) {
-    const std::size_t phase = k * kW % 3;
-    takes_next[k] = LoadBytes(kThirds.bytes + phase);
-    takes_previous[k] = LoadBytes(kThirds.bytes + (phase + 1) % 3);
+#if ZAL_LEVEL_INDEX >= 5
+  // Cross-lane permutes make this a load, three shuffles and a store per sixteen elements.
+  constexpr __mmask64 kSixteen = (__mmask64{1} << 48) - 1;
+  std::size_t q = 0;
+  for (; q + 96 <= bytes; q += 96) {
+    SwapInt24Bytes(s + q, d + q, kSixteen);
+    SwapInt24Bytes(s + q + 48, d + q + 48, kSixteen);
   }
+  for (; q < bytes; q += 48) {
+    const std::size_t rest = bytes - q < 48 ? bytes - q : 48;
+    SwapInt24Bytes(s + q, d + q, (__mmask64{1} << rest) - 1);
+  }
+#else
+  constexpr std::size_t kW = VBytes::kBytes;
+  const auto mask = [](std::size_t k, std::size_t shift) {
+    return LoadBytes(kThirds.bytes + (k * kW + shift) % 3);
+  };
+  // Per register of the block: the bytes that take the one two further on, and two back.
+  const VBytes next0 = mask(0, 0);
+  const VBytes next1 = mask(1, 0);
+  const VBytes next2 = mask(2, 0);
+  const VBytes previous0 = mask(0, 1);
+  const VBytes previous1 = mask(1, 1);
+  const VBytes previous2 = mask(2, 1);
+  const auto swapped = [](const Byte* at, VBytes next, VBytes previous) {
+    return Select(next, LoadBytes(at + 2), Select(previous, LoadBytes(at - 2), LoadBytes(at)));
+  };
   std::size_t p = 3;
   for (; p + 3 * kW + 2 <= bytes; p += 3 * kW) {
-    VBytes out[3];
-    for (std::size_t k = 0; k < 3; ++k) {
-      const Byte* at = s + p + k * kW;
-      out[k] = Select(takes_next[k], LoadBytes(at + 2),
-                      Select(takes_previous[k], LoadBytes(at - 2), LoadBytes(at)));
-    }
-    for (std::size_t k = 0; k < 3; ++k) StoreBytes(d + p + k * kW, out[k]);
+    const VBytes out0 = swapped(s + p, next0, previous0);
+    const VBytes out1 = swapped(s + p + kW, next1, previous1);
+    const VBytes out2 = swapped(s + p + 2 * kW, next2, previous2);
+    StoreBytes(d + p, out0);
+    StoreBytes(d + p + kW, out1);
+    StoreBytes(d + p + 2 * kW, out2);
   }
   for (std::size_t q = p == 3 ? 0 : p; q < bytes; q += 3) {
     const Byte low = s[q];
@@ -336,6 +361,7 @@ ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
     d[1] = s[1];
     d[2] = low;
   }
+#endif
   return engStsNoErr;
 }
 
