@@ -185,6 +185,21 @@ TEST(Movement, SetKeepsTheBitsOfNaNsAndNegativeZero) {
   }
 }
 
+// Fills long enough to stream: the head that aligns the stores and the tail after them.
+TEST(Movement, LongFills) {
+  const std::size_t n = (std::size_t{5} << 20) / sizeof(float) + 3;
+  Guarded<float> p(n, 4);
+  const float value = -1.5f;
+  u::Set(static_cast<unsigned>(n), p.data(), value);
+  std::size_t wrong = 0;
+  for (std::size_t i = 0; i < n; ++i) wrong += p.data()[i] != value;
+  EXPECT_EQ(wrong, 0u);
+  u::Zero(static_cast<unsigned>(n), p.data());
+  for (std::size_t i = 0; i < n; ++i) wrong += p.data()[i] != 0.0f;
+  EXPECT_EQ(wrong, 0u);
+  EXPECT_TRUE(p.CanariesIntact());
+}
+
 // ---- The 32-bit byte count of Copy(int), Zero(int) and Zero(unsigned int) -----------------------
 
 // 2^30 + k elements are 4 k bytes in 32 bits: only k elements are touched; 2^30 touches none; and
