@@ -18,13 +18,6 @@ namespace {
 using Byte = unsigned char;
 constexpr std::size_t kV = VBits::kBytes;
 
-template <std::size_t kSize>
-ZAL_INLINE void CopyPiece(Byte* dst, const Byte* src) {
-  Byte piece[kSize];
-  std::memcpy(piece, src, kSize);
-  std::memcpy(dst, piece, kSize);
-}
-
 // n < kV bytes as two overlapping pieces of the largest size that fits, both read before either
 // is written: safe for any overlap.
 ZAL_INLINE void CopyShort(Byte* dst, const Byte* src, std::size_t n) {
@@ -147,8 +140,8 @@ ZAL_INLINE void MoveBytes(Byte* dst, const Byte* src, std::size_t n) {
   CopyUp<false>(dst, src, n);
 }
 
-// n < kV bytes of the pattern, which repeats every element; n and the distance of dst from the
-// pattern's phase are whole elements of at most 8 bytes.
+// n < kV bytes of the pattern, taken from its start: the pattern starts at dst, as it does at
+// every offset the loops store a register at (whole elements from dst).
 ZAL_INLINE void FillShort(Byte* dst, VBits pattern, std::size_t n) {
   alignas(64) Byte bytes[kV];
   StoreBits(bytes, pattern);
