@@ -325,9 +325,9 @@ ZAL_API void SwapBytes(unsigned int len, const std::uint64_t* src, std::uint64_t
 //   Interleave(channels, frames, src, dst)    dst[f * channels + c] = src[c][f]
 //   Deinterleave(channels, frames, src, dst)  dst[c][f] = src[f * channels + c]
 // for every frame f < frames and channel c < channels. Note the order of the counts: channels
-// first. Frames are taken in order, and within a frame the channels, in blocks of a few frames:
-// Interleave writes dst in one ascending pass, Deinterleave reads src in one; each element is
-// read and written once, and no temporary memory is used. Planar and interleaved buffers must
+// first. Frames are taken in ascending order, a block of a few frames at a time: Interleave
+// writes dst, and Deinterleave reads src, block after block in one ascending pass; each element
+// is read and written once, and no temporary memory is used. Planar and interleaved buffers must
 // not overlap. A count of 0
 // or of 2^31 and more, a null buffer or channel-pointer array, or a null pointer among the
 // channels makes the call do nothing (the channel pointers are checked before anything is
