@@ -257,14 +257,9 @@ ZAL_INLINE EngStatus SwapElements(const T* src, T* dst, int n) {
   constexpr std::ptrdiff_t kLanes = VBytes::kBytes / sizeof(T);
   std::ptrdiff_t i = 0;
   for (; i + 4 * kLanes <= n; i += 4 * kLanes) {
-    const VBytes a = LoadBytes(src + i);
-    const VBytes b = LoadBytes(src + i + kLanes);
-    const VBytes c = LoadBytes(src + i + 2 * kLanes);
-    const VBytes e = LoadBytes(src + i + 3 * kLanes);
-    StoreBytes(dst + i, ReverseBytesIn<sizeof(T)>(a));
-    StoreBytes(dst + i + kLanes, ReverseBytesIn<sizeof(T)>(b));
-    StoreBytes(dst + i + 2 * kLanes, ReverseBytesIn<sizeof(T)>(c));
-    StoreBytes(dst + i + 3 * kLanes, ReverseBytesIn<sizeof(T)>(e));
+    for (std::ptrdiff_t k = i; k < i + 4 * kLanes; k += kLanes) {
+      StoreBytes(dst + k, ReverseBytesIn<sizeof(T)>(LoadBytes(src + k)));
+    }
   }
   for (; i + kLanes <= n; i += kLanes) {
     StoreBytes(dst + i, ReverseBytesIn<sizeof(T)>(LoadBytes(src + i)));
