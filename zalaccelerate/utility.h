@@ -1,5 +1,6 @@
 // Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
-// complex-domain helpers, aligned memory and the calling thread's denormal modes.
+// complex-domain helpers, data movement and layout, aligned memory and the calling thread's
+// denormal modes.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -11,8 +12,10 @@
 #pragma once
 
 #include <complex>
+#include <cstdint>
 
 #include "zalaccelerate/export.h"
+#include "zalcore/int24.h"
 
 namespace zalaccelerate::utility {
 
@@ -249,6 +252,98 @@ ZAL_API void PowerSpectr(unsigned int len, const std::complex<float>* src, float
 ZAL_API void PowerSpectr(unsigned int len, const std::complex<double>* src, double* dst);
 ZAL_API void CartToPolar(unsigned int len, const float* src, float* mag, float* phase);
 ZAL_API void PolarToCart(unsigned int len, const float* mag, const float* phase, float* dst);
+
+// ---- Data movement and layout ---------------------------------------------------------------
+// Bits are moved as they are: NaN payloads, signalling NaNs and -0 arrive unchanged.
+//   Copy(len, src, dst)     dst[i] = src[i]; the arrays must not overlap
+//   Move(len, src, dst)     the same for arrays that may overlap in any way: the result is that of
+//                           copying src to a temporary first
+//   Set(len, p, value)      p[i] = value
+//   Zero(len, p)            p[i] = all-zero bits (+0 for float and double)
+//   Flip(len, src, dst)     dst[i] = src[len - 1 - i]; dst must be src exactly or not overlap it
+//   Flip_InPlace(len, p)    p reversed in place (the middle element of an odd len stays)
+//   SwapBytes(len, p)       the bytes of each element in reverse order, in place
+//   SwapBytes(len, src, dst) the same into dst (which may be src exactly): 2-byte AB -> BA,
+//                           4-byte ABCD -> DCBA, 8-byte likewise, int24_t bytes 0 and 2 exchanged
+//                           (0x123456, stored 56 34 12, becomes 12 34 56: 0x563412)
+// Copy, Move, Set and Zero return at once for len 0, even with null pointers. Otherwise len and
+// the pointers are checked as for every vector function (len >= 2^31 or a null pointer: nothing
+// is done), except for this, kept on purpose for compatibility: Copy(int), Zero(int) and
+// Zero(unsigned int) work on len * 4 bytes computed in 32 bits. A len of 2^30 or more wraps:
+// 2^30 (or any multiple of it) copies or clears nothing, 2^30 + k works on the first k elements
+// only, and a byte count of 2^31 or more does nothing.
+// Destinations of about a megabyte and more (half the core's level-2 cache) are written with
+// non-temporal stores that bypass the caches: the data is in memory, not cache, when the call
+// returns. Move streams only arrays that do not overlap.
+ZAL_API void Copy(unsigned int len, const signed char* src, signed char* dst);
+ZAL_API void Copy(unsigned int len, const unsigned char* src, unsigned char* dst);
+ZAL_API void Copy(unsigned int len, const short* src, short* dst);
+ZAL_API void Copy(unsigned int len, const int* src, int* dst);
+ZAL_API void Copy(unsigned int len, const unsigned int* src, unsigned int* dst);
+ZAL_API void Copy(unsigned int len, const float* src, float* dst);
+ZAL_API void Copy(unsigned int len, const double* src, double* dst);
+
+ZAL_API void Move(unsigned int len, const unsigned char* src, unsigned char* dst);
+ZAL_API void Move(unsigned int len, const short* src, short* dst);
+ZAL_API void Move(unsigned int len, const unsigned int* src, unsigned int* dst);
+ZAL_API void Move(unsigned int len, const float* src, float* dst);
+ZAL_API void Move(unsigned int len, const double* src, double* dst);
+
+ZAL_API void Set(unsigned int len, unsigned char* p, unsigned char value);
+ZAL_API void Set(unsigned int len, short* p, short value);
+ZAL_API void Set(unsigned int len, int* p, int value);
+ZAL_API void Set(unsigned int len, unsigned int* p, unsigned int value);
+ZAL_API void Set(unsigned int len, float* p, float value);
+ZAL_API void Set(unsigned int len, double* p, double value);
+
+ZAL_API void Zero(unsigned int len, unsigned char* p);
+ZAL_API void Zero(unsigned int len, short* p);
+ZAL_API void Zero(unsigned int len, int* p);
+ZAL_API void Zero(unsigned int len, unsigned int* p);
+ZAL_API void Zero(unsigned int len, float* p);
+ZAL_API void Zero(unsigned int len, double* p);
+
+ZAL_API void Flip(unsigned int len, const float* src, float* dst);
+ZAL_API void Flip(unsigned int len, const double* src, double* dst);
+ZAL_API void Flip_InPlace(unsigned int len, float* p);
+ZAL_API void Flip_InPlace(unsigned int len, double* p);
+
+ZAL_API void SwapBytes(unsigned int len, unsigned short* p);
+ZAL_API void SwapBytes(unsigned int len, unsigned int* p);
+ZAL_API void SwapBytes(unsigned int len, zalcore::utility::int24_t* p);
+ZAL_API void SwapBytes(unsigned int len, std::uint64_t* p);
+ZAL_API void SwapBytes(unsigned int len, const unsigned short* src, unsigned short* dst);
+ZAL_API void SwapBytes(unsigned int len, const unsigned int* src, unsigned int* dst);
+ZAL_API void SwapBytes(unsigned int len, const zalcore::utility::int24_t* src,
+                       zalcore::utility::int24_t* dst);
+ZAL_API void SwapBytes(unsigned int len, const std::uint64_t* src, std::uint64_t* dst);
+
+// Interleaved audio holds frame after frame, each frame one sample per channel in channel order;
+// planar audio one array per channel, reached through an array of channel pointers.
+//   Interleave(len, a, b, dst)     dst[2i] = a[i], dst[2i + 1] = b[i]      for i < len
+//   Deinterleave(len, src, a, b)   a[i] = src[2i], b[i] = src[2i + 1]
+//   Interleave(channels, frames, src, dst)    dst[f * channels + c] = src[c][f]
+//   Deinterleave(channels, frames, src, dst)  dst[c][f] = src[f * channels + c]
+// for every frame f < frames and channel c < channels. Note the order of the counts: channels
+// first. Frames are taken in ascending order, a block of a few frames at a time: Interleave
+// writes dst, and Deinterleave reads src, block after block in one ascending pass; each element
+// is read and written once, and no temporary memory is used. Planar and interleaved buffers must
+// not overlap. A count of 0
+// or of 2^31 and more, a null buffer or channel-pointer array, or a null pointer among the
+// channels makes the call do nothing (the channel pointers are checked before anything is
+// written). With one channel the N-channel forms copy.
+ZAL_API void Interleave(unsigned int len, const float* a, const float* b, float* dst);
+ZAL_API void Interleave(unsigned int len, const double* a, const double* b, double* dst);
+ZAL_API void Deinterleave(unsigned int len, const float* src, float* a, float* b);
+ZAL_API void Deinterleave(unsigned int len, const double* src, double* a, double* b);
+ZAL_API void Interleave(unsigned int channels, unsigned int frames, const float* const* src,
+                        float* dst);
+ZAL_API void Interleave(unsigned int channels, unsigned int frames, const double* const* src,
+                        double* dst);
+ZAL_API void Deinterleave(unsigned int channels, unsigned int frames, const float* src,
+                          float* const* dst);
+ZAL_API void Deinterleave(unsigned int channels, unsigned int frames, const double* src,
+                          double* const* dst);
 
 // ---- Aligned memory --------------------------------------------------------------------------
 // Buffers aligned to 64 bytes, for the widest vectors the library uses. `count` counts elements

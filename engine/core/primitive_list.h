@@ -153,6 +153,38 @@
   X(complex, CartToPolarF32, CartesianToPolar, kExact)         \
   X(complex, PolarToCartF32, PolarToCartesian, kExact)
 
+// Data movement: copies, overlap-safe moves, fills, clears, reversal and byte-order swaps. One
+// 32-bit move serves unsigned int and float, one 32-bit fill int and unsigned int.
+#define ZAL_SWAP_BYTES_PRIMITIVES(X, T, E)    \
+  X(movement, SwapBytes##E, Unary<T>, kExact) \
+  X(movement, SwapBytes##E##InPlace, UnaryInPlace<T>, kExact)
+
+#define ZAL_MOVEMENT_PRIMITIVES(X)                  \
+  X(movement, CopyU8, Copy<unsigned char>, kExact)  \
+  X(movement, CopyS16, Copy<short>, kExact)         \
+  X(movement, CopyU32, Copy<std::uint32_t>, kExact) \
+  X(movement, CopyF32, Copy<float>, kExact)         \
+  X(movement, CopyF64, Copy<double>, kExact)        \
+  X(movement, MoveU8, Move<unsigned char>, kExact)  \
+  X(movement, MoveS16, Move<short>, kExact)         \
+  X(movement, MoveU32, Move<std::uint32_t>, kExact) \
+  X(movement, MoveF64, Move<double>, kExact)        \
+  X(movement, SetU8, Fill<unsigned char>, kExact)   \
+  X(movement, SetS16, Fill<short>, kExact)          \
+  X(movement, SetS32, Fill<std::int32_t>, kExact)   \
+  X(movement, SetF32, Fill<float>, kExact)          \
+  X(movement, SetF64, Fill<double>, kExact)         \
+  X(movement, ZeroU8, Clear<unsigned char>, kExact) \
+  X(movement, ZeroS16, Clear<short>, kExact)        \
+  X(movement, ZeroF32, Clear<float>, kExact)        \
+  X(movement, ZeroF64, Clear<double>, kExact)       \
+  X(movement, FlipF32, Reversal<float>, kExact)     \
+  X(movement, FlipF64, Reversal<double>, kExact)    \
+  ZAL_SWAP_BYTES_PRIMITIVES(X, std::uint16_t, U16)  \
+  ZAL_SWAP_BYTES_PRIMITIVES(X, Int24, U24)          \
+  ZAL_SWAP_BYTES_PRIMITIVES(X, std::uint32_t, U32)  \
+  ZAL_SWAP_BYTES_PRIMITIVES(X, std::uint64_t, U64)
+
 // Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
 // interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
 // sizes; Init prepares a spec in a block of that size; Fwd/Inv run it (inverse divided by N).
@@ -179,4 +211,5 @@
   ZAL_STATISTICS_PRIMITIVES(X) \
   ZAL_THRESHOLD_PRIMITIVES(X)  \
   ZAL_COMPLEX_PRIMITIVES(X)    \
+  ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_FFT_PRIMITIVES(X)

@@ -2,6 +2,8 @@
 // one whose signature drifts fails to compile.
 #pragma once
 
+#include <cstdint>
+
 #include "zalaccelerate/core.h"
 
 namespace zal::engine {
@@ -112,6 +114,26 @@ using ComplexToReal = EngStatus(const C* src, RealOf<C>* dst, int n);
 // Interleaved (re, im) pairs to magnitudes and phases, and back.
 using CartesianToPolar = EngStatus(const float* src, float* magnitude, float* phase, int n);
 using PolarToCartesian = EngStatus(const float* magnitude, const float* phase, float* dst, int n);
+
+// ---- Data movement
+// ------------------------------------------------------------------------------- A packed 24-bit
+// sample: three bytes, least significant first, no padding.
+struct Int24 {
+  unsigned char bytes[3];
+};
+
+// Copies need separate arrays; moves give the result of copying through a temporary, for any
+// overlap; reversals write src backwards and may run in place (dst == src).
+template <class T>
+using Copy = EngStatus(const T* src, T* dst, int n);
+template <class T>
+using Move = EngStatus(const T* src, T* dst, int n);
+template <class T>
+using Reversal = EngStatus(const T* src, T* dst, int n);
+template <class T>
+using Fill = EngStatus(T value, T* dst, int n);
+template <class T>
+using Clear = EngStatus(T* dst, int n);
 
 // Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a spec block
 // the caller allocates to the queried size; preparation writes its address through `spec`.

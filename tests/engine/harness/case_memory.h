@@ -38,17 +38,20 @@ bool Repeats(std::span<const T> values, std::span<const T> period) {
 // portable result stands for every period of the kernel's. Shapes whose results are not
 // elementwise run the portable variant over the whole length instead, and reductions get a few
 // result cells as destination. Sources that are the destination itself are not allocated. The
-// constant has a cell of its own, so that AddressSanitizer sees a read past it.
+// constant has a cell of its own, so that AddressSanitizer sees a read past it. A destination
+// overlapping the first source shares one buffer of n + shift elements with it, and the portable
+// variant runs over a copy of the whole buffer.
 template <class T>
 class CaseMemory {
  public:
   CaseMemory(const Case& c, int sources, ConstantKind constant_kind, bool whole_length = false,
              int result_cells = 0)
       : case_(c),
+        shift_(OverlapShift(c)),
         period_(std::min(c.n, kRepeatPeriod)),
-        portable_n_(whole_length ? c.n : period_),
-        got_(result_cells ? result_cells : c.n, c.dst_offset, true),
-        expected_(result_cells ? result_cells : portable_n_, c.dst_offset, false),
+        portable_n_(whole_length || shift_ ? c.n : period_),
+        got_(result_cells ? result_cells : c.n + shift_, c.dst_offset, true),
+        expected_(result_cells ? result_cells : portable_n_ + shift_, c.dst_offset, false),
         constant_(1, 0, false) {
     Random random(c.seed);
     Fill(got_.Elements(), c.profile, random);
@@ -92,18 +95,37 @@ class CaseMemory {
   }
 
  private:
-  bool IsDst(int source) const {
-    return (case_.aliasing == Aliasing::kDstIsFirst && source == 0) ||
-           (case_.aliasing == Aliasing::kDstIsSecond && source == 1);
+  // Elements between an overlapping destination and the first source: 1 up to 96, and below n
+  // where n allows, drawn from the seed; 0 without overlap.
+  static int OverlapShift(const Case& c) {
+    if (c.aliasing != Aliasing::kDstOverlapsBelowFirst &&
+        c.aliasing != Aliasing::kDstOverlapsAboveFirst) {
+      return 0;
+    }
+    const int span = std::max(1, std::min(c.n - 1, 96));
+    return 1 + static_cast<int>(c.seed % static_cast<std::uint64_t>(span));
   }
 
-  const T* Source(int i, const Vector<T>& dst) const {
-    if (IsDst(i)) return dst.Data();
+  bool IsDst(int source) const {
+    return (case_.aliasing == Aliasing::kDstIsFirst && source == 0) ||
+           (case_.aliasing == Aliasing::kDstIsSecond && source == 1) || (shift_ && source == 0);
+  }
+
+  const T* Source(int i, const Vector<T>& buffer) const {
+    if (IsDst(i)) {
+      return case_.aliasing == Aliasing::kDstOverlapsBelowFirst ? buffer.Data() + shift_
+                                                                : buffer.Data();
+    }
     return sources_[i] ? sources_[i]->Data() : nullptr;
   }
 
+  T* Destination(const Vector<T>& buffer) const {
+    return case_.aliasing == Aliasing::kDstOverlapsAboveFirst ? buffer.Data() + shift_
+                                                              : buffer.Data();
+  }
+
   Operands<T> OperandsFor(const Vector<T>& dst, int n) const {
-    Operands<T> operands{Source(0, dst), Source(1, dst), constant_.Data(), dst.Data()};
+    Operands<T> operands{Source(0, dst), Source(1, dst), constant_.Data(), Destination(dst)};
     operands.constant = constant_.Data()[0];
     operands.n = n;
     operands.scale = scale_;
@@ -112,6 +134,7 @@ class CaseMemory {
   }
 
   Case case_;
+  int shift_;
   int period_;
   int portable_n_;
   Vector<T> got_;

@@ -5,7 +5,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
+#include <type_traits>
 
 #include "engine/core/shapes.h"
 
@@ -13,6 +15,12 @@ namespace zal::test::harness {
 
 using engine::Complex32;
 using engine::Complex64;
+using engine::Int24;
+
+// Elements with floating-point parts, which denormal modes may affect.
+template <class T>
+constexpr bool kFloating =
+    std::is_floating_point_v<T> || std::is_same_v<T, Complex32> || std::is_same_v<T, Complex64>;
 
 template <class F>
 bool SameBits(F a, F b) {
@@ -23,8 +31,13 @@ bool SameBits(F a, F b) {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
   }
 }
-inline bool SameBits(short a, short b) {
+template <class I>
+requires std::is_integral_v<I>
+bool SameBits(I a, I b) {
   return a == b;
+}
+inline bool SameBits(Int24 a, Int24 b) {
+  return std::memcmp(a.bytes, b.bytes, sizeof a.bytes) == 0;
 }
 inline bool SameBits(Complex32 a, Complex32 b) {
   return SameBits(a.re, b.re) && SameBits(a.im, b.im);
@@ -36,6 +49,12 @@ inline bool SameBits(Complex64 a, Complex64 b) {
 std::string Show(float x);
 std::string Show(double x);
 std::string Show(short x);
+std::string Show(unsigned char x);
+std::string Show(std::uint16_t x);
+std::string Show(std::int32_t x);
+std::string Show(std::uint32_t x);
+std::string Show(std::uint64_t x);
+std::string Show(Int24 x);
 std::string Show(Complex32 x);
 std::string Show(Complex64 x);
 

@@ -36,6 +36,10 @@ const char* AliasingName(Aliasing aliasing) {
       return "dst == first";
     case Aliasing::kDstIsSecond:
       return "dst == second";
+    case Aliasing::kDstOverlapsBelowFirst:
+      return "dst overlapping first from below";
+    case Aliasing::kDstOverlapsAboveFirst:
+      return "dst overlapping first from above";
   }
   return "?";
 }

@@ -10,8 +10,15 @@
 
 namespace zal::test::harness {
 
-// Which source, if any, is the destination itself.
-enum class Aliasing { kNone, kDstIsFirst, kDstIsSecond };
+// Which source, if any, is the destination itself; or where the destination lies in a buffer it
+// shares with the first source, a few elements below or above it (overlapping moves).
+enum class Aliasing {
+  kNone,
+  kDstIsFirst,
+  kDstIsSecond,
+  kDstOverlapsBelowFirst,
+  kDstOverlapsAboveFirst
+};
 
 struct Case {
   int n;

@@ -49,8 +49,7 @@ class RowRunner {
  public:
   static std::vector<Case> Grid(const char* row_name) {
     return BuildGrid(
-        {static_cast<int>(sizeof(T)), Driver::kAliasings, VariantSweep(), !std::is_integral_v<T>},
-        row_name);
+        {static_cast<int>(sizeof(T)), Driver::kAliasings, VariantSweep(), kFloating<T>}, row_name);
   }
 
   static void MatchPortable(engine::Accuracy accuracy, Shape* kernel, Shape* portable,

@@ -432,5 +432,68 @@ struct PolarToCartesian {
 
 using engine::CompareBytes;
 
+// ---- Data movement
+// -------------------------------------------------------------------------------
+
+template <class T>
+struct Copy {
+  using Element = T;
+  using Function = engine::Copy<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.dst, o.n); }
+};
+
+// Overlaps from either side at shifts of a few elements, and the source as destination.
+template <class T>
+struct Move {
+  using Element = T;
+  using Function = engine::Move<T>;
+  static constexpr int kSources = 1;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstOverlapsBelowFirst,
+                                            Aliasing::kDstOverlapsAboveFirst,
+                                            Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.dst, o.n); }
+};
+
+// Results depend on the position: the portable variant runs over the whole length.
+template <class T>
+struct Reversal {
+  using Element = T;
+  using Function = engine::Reversal<T>;
+  static constexpr int kSources = 1;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.dst, o.n); }
+};
+
+template <class T>
+struct Fill {
+  using Element = T;
+  using Function = engine::Fill<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.constant, o.dst, o.n); }
+};
+
+template <class T>
+struct Clear {
+  using Element = T;
+  using Function = engine::Clear<T>;
+  static constexpr int kSources = 0;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone};
+  static constexpr Operand kPointers[] = {Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.dst, o.n); }
+};
+
 }  // namespace drivers
 }  // namespace zal::test::harness

@@ -118,6 +118,21 @@ short Integer(Random& random) {
   return static_cast<short>(static_cast<std::uint16_t>(random()));
 }
 
+// Any bits, with all-clear, all-set, one and the sign bit alone more frequent than chance.
+template <class U>
+U AnyBits(Random& random) {
+  constexpr U kExtremes[] = {U{0}, static_cast<U>(~U{0}), U{1},
+                             static_cast<U>(U{1} << (8 * sizeof(U) - 1))};
+  if (OneIn(random, 8)) return kExtremes[random() % std::size(kExtremes)];
+  return static_cast<U>(random());
+}
+
+engine::Int24 AnyInt24(Random& random) {
+  const std::uint64_t bits = random();
+  return {{static_cast<unsigned char>(bits), static_cast<unsigned char>(bits >> 8),
+           static_cast<unsigned char>(bits >> 16)}};
+}
+
 // Index into a constant table, or -1 for a draw from the profile.
 int TableIndex(int variant, std::size_t table_size) {
   const int index = variant % kConstantVariants;
@@ -197,6 +212,25 @@ void Fill(std::span<short> values, ValueProfile, Random& random) {
   FillRepeating(values, [&] { return Integer(random); });
 }
 
+void Fill(std::span<unsigned char> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return AnyBits<unsigned char>(random); });
+}
+void Fill(std::span<std::uint16_t> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return AnyBits<std::uint16_t>(random); });
+}
+void Fill(std::span<std::int32_t> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return static_cast<std::int32_t>(AnyBits<std::uint32_t>(random)); });
+}
+void Fill(std::span<std::uint32_t> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return AnyBits<std::uint32_t>(random); });
+}
+void Fill(std::span<std::uint64_t> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return AnyBits<std::uint64_t>(random); });
+}
+void Fill(std::span<engine::Int24> values, ValueProfile, Random& random) {
+  FillRepeating(values, [&] { return AnyInt24(random); });
+}
+
 template <>
 float ConstantOperand<float>(int variant, ValueProfile profile, Random& random) {
   return RealConstant<float>(variant, profile, random);
@@ -218,6 +252,32 @@ short ConstantOperand<short>(int variant, ValueProfile, Random& random) {
   constexpr short kTable[] = {0, 1, -1, 2, -2, 3, 32767, -32768, 16384, -16384, 181, 12345};
   const int index = TableIndex(variant, std::size(kTable));
   return index < 0 ? Integer(random) : kTable[index];
+}
+
+// Fill values: the bits matter, not the value, so any draw serves.
+template <>
+unsigned char ConstantOperand<unsigned char>(int, ValueProfile, Random& random) {
+  return AnyBits<unsigned char>(random);
+}
+template <>
+std::uint16_t ConstantOperand<std::uint16_t>(int, ValueProfile, Random& random) {
+  return AnyBits<std::uint16_t>(random);
+}
+template <>
+std::int32_t ConstantOperand<std::int32_t>(int, ValueProfile, Random& random) {
+  return static_cast<std::int32_t>(AnyBits<std::uint32_t>(random));
+}
+template <>
+std::uint32_t ConstantOperand<std::uint32_t>(int, ValueProfile, Random& random) {
+  return AnyBits<std::uint32_t>(random);
+}
+template <>
+std::uint64_t ConstantOperand<std::uint64_t>(int, ValueProfile, Random& random) {
+  return AnyBits<std::uint64_t>(random);
+}
+template <>
+engine::Int24 ConstantOperand<engine::Int24>(int, ValueProfile, Random& random) {
+  return AnyInt24(random);
 }
 
 }  // namespace zal::test::harness

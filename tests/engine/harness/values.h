@@ -49,6 +49,12 @@ void Fill(std::span<double> values, ValueProfile profile, Random& random);
 void Fill(std::span<engine::Complex32> values, ValueProfile profile, Random& random);
 void Fill(std::span<engine::Complex64> values, ValueProfile profile, Random& random);
 void Fill(std::span<short> values, ValueProfile profile, Random& random);
+void Fill(std::span<unsigned char> values, ValueProfile profile, Random& random);
+void Fill(std::span<std::uint16_t> values, ValueProfile profile, Random& random);
+void Fill(std::span<std::int32_t> values, ValueProfile profile, Random& random);
+void Fill(std::span<std::uint32_t> values, ValueProfile profile, Random& random);
+void Fill(std::span<std::uint64_t> values, ValueProfile profile, Random& random);
+void Fill(std::span<engine::Int24> values, ValueProfile profile, Random& random);
 
 // A constant operand: variants walk through the interesting constants (zero of both signs, one,
 // infinities, NaN, denormal, the extremes of the range ...) with a few draws from the profile in
@@ -67,6 +73,18 @@ engine::Complex64 ConstantOperand<engine::Complex64>(int variant, ValueProfile p
                                                      Random& random);
 template <>
 short ConstantOperand<short>(int variant, ValueProfile profile, Random& random);
+template <>
+unsigned char ConstantOperand<unsigned char>(int variant, ValueProfile profile, Random& random);
+template <>
+std::uint16_t ConstantOperand<std::uint16_t>(int variant, ValueProfile profile, Random& random);
+template <>
+std::int32_t ConstantOperand<std::int32_t>(int variant, ValueProfile profile, Random& random);
+template <>
+std::uint32_t ConstantOperand<std::uint32_t>(int variant, ValueProfile profile, Random& random);
+template <>
+std::uint64_t ConstantOperand<std::uint64_t>(int variant, ValueProfile profile, Random& random);
+template <>
+engine::Int24 ConstantOperand<engine::Int24>(int variant, ValueProfile profile, Random& random);
 
 // Variants 0 .. kConstantVariants - 1 include every interesting constant of every element type.
 inline constexpr int kConstantVariants = 16;
