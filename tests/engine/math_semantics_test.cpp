@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engine/core/dispatch.h"
+#include "engine/core/streaming.h"
 #include "tests/engine/harness/elements.h"
 
 namespace zal::engine {
@@ -127,6 +128,40 @@ TEST(MathSemantics, DoublePowReportsPolesAndDomainErrors) {
     const std::vector<Report> expected = {
         {at[0], 18, "Pow64"}, {at[1], 18, "Pow64"}, {at[2], 19, "Pow64"}, {at[5], 19, "Pow64"}};
     EXPECT_EQ(g_reports, expected);
+  }
+}
+
+// Destinations large enough to be streamed start with a partial vector until they reach the
+// register's alignment; reports still name the element, whatever that head's length.
+TEST(MathSemantics, ReportsNameTheElementAtEveryDestinationAlignment) {
+  const std::ptrdiff_t n = StreamingStoreThresholdBytes() / 8 + 31080;
+  const std::vector<std::ptrdiff_t> bad = {0, 5, 100000, n - 1};
+  std::vector<double> x(n, 2.0);
+  const std::vector<double> y(n, 0.5);
+  for (std::ptrdiff_t i : bad) x[i] = -1.0;
+  std::vector<double> block(n + 16);
+  double* const aligned = reinterpret_cast<double*>(
+      (reinterpret_cast<std::uintptr_t>(block.data()) + 63) & ~std::uintptr_t{63});
+  struct Function {
+    const char* name;
+    EngStatus (*ln)(const double*, double*, int);
+    EngStatus (*pow)(const double*, const double*, double*, int);
+  };
+  const Function functions[] = {{"Ln", &dispatch::LnF64, nullptr},
+                                {"Pow", nullptr, &dispatch::PowF64},
+                                {"Pow_Prec26", nullptr, &dispatch::PowF64Prec26}};
+  for (const Function& f : functions) {
+    const std::string tag = f.ln ? "Ln64" : "Pow64";
+    std::vector<Report> expected;
+    for (std::ptrdiff_t i : bad) expected.push_back({static_cast<int>(i), 19, tag});
+    for (int offset = 0; offset < 8; ++offset) {
+      HookRecorder recorder;
+      double* const dst = aligned + offset;
+      ASSERT_EQ(f.ln ? f.ln(x.data(), dst, static_cast<int>(n))
+                     : f.pow(x.data(), y.data(), dst, static_cast<int>(n)),
+                0);
+      EXPECT_EQ(g_reports, expected) << f.name << ", destination at 64-byte block + " << offset;
+    }
   }
 }
 

@@ -273,10 +273,8 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
 // The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
 // NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52.
 struct LnF64Op {
-  std::ptrdiff_t* next;
-  ZAL_INLINE VF64 operator()(VF64 x) const {
-    const std::ptrdiff_t first = *next;
-    *next = first + VF64::kLanes;
+  static constexpr bool kTakesIndex = true;
+  ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x) const {
     const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
     const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
     const VF64 zero = Constant<VF64>(0.0);
@@ -451,10 +449,8 @@ ZAL_INLINE VF64 PowF64Vector(VF64 x, VF64 y, std::ptrdiff_t first, const char* t
 
 template <PowClass kClass>
 struct PowF64Op {
-  std::ptrdiff_t* next;
-  ZAL_INLINE VF64 operator()(VF64 x, VF64 y) const {
-    const std::ptrdiff_t first = *next;
-    *next = first + VF64::kLanes;
+  static constexpr bool kTakesIndex = true;
+  ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x, VF64 y) const {
     return PowF64Vector<kClass>(x, y, first, "Pow64");
   }
 };
@@ -565,19 +561,16 @@ EngStatus LnF32Prec11(const float* s, float* d, int n) {
   return Each(LnF32Op<LnF32Class::kBits11>{}, d, n, s);
 }
 EngStatus LnF64(const double* s, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(LnF64Op{&next}, d, n, s);
+  return Each(LnF64Op{}, d, n, s);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
   return Each(PowF32Op{}, d, n, base, exponent);
 }
 EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(PowF64Op<PowClass::kAccurate>{&next}, d, n, base, exponent);
+  return Each(PowF64Op<PowClass::kAccurate>{}, d, n, base, exponent);
 }
 EngStatus PowF64Prec26(const double* base, const double* exponent, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(PowF64Op<PowClass::kLight>{&next}, d, n, base, exponent);
+  return Each(PowF64Op<PowClass::kLight>{}, d, n, base, exponent);
 }
 
 }  // namespace zal::engine::ZAL_LEVEL
