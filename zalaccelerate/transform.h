@@ -139,8 +139,9 @@ class ZAL_API FFTImpl {
   unsigned int GetOrder() const { return order_; }
   // The length last requested, unrounded; 0 when built from an order.
   unsigned int GetFFTSize() const { return fftSize_; }
-  // The length transformed: 2^order.
-  unsigned int GetBlockSize() const { return 1u << order_; }
+  // The length transformed: 2^order, or 0 for an order above kFFTMaxOrder, which no transform
+  // takes (its transforms leave their destinations untouched).
+  unsigned int GetBlockSize() const { return order_ <= kFFTMaxOrder ? 1u << order_ : 0u; }
 
   // GetBlockSize() elements per array; the inverse divides by GetBlockSize().
   void ProcessFwd(const T* srcRe, const T* srcIm, T* dstRe, T* dstIm);
