@@ -20,7 +20,7 @@
 namespace zal::engine {
 namespace {
 
-using test::harness::DenormalModes;
+using test::harness::FpModes;
 using test::harness::kDenormalsAreZero;
 using test::harness::kFlushToZero;
 using test::harness::SameBits;
@@ -651,7 +651,7 @@ TYPED_TEST(IeeeSpecials, PropagateUnderEveryDenormalMode) {
       std::vector<F> dst(kCopies);
       EngStatus status;
       {
-        DenormalModes in_force(kModes[m]);
+        FpModes in_force(kModes[m]);
         status = Apply(c.op, first.data(), second.data(), dst.data(), kCopies);
       }
       EXPECT_EQ(status, c.status[m]);

@@ -13,6 +13,7 @@
 #include "engine/core/dispatch.h"
 #include "engine/core/streaming.h"
 #include "tests/engine/harness/elements.h"
+#include "tests/engine/harness/fp_environment.h"
 
 namespace zal::engine {
 namespace {
@@ -57,6 +58,8 @@ std::vector<int> Scatter(const std::vector<T>& values, std::vector<T>& arguments
   return at;
 }
 
+// Under every rounding mode of the caller: the result does not depend on it, and the mode is
+// left as it was.
 TEST(MathSemantics, RoundsHalvesAwayFromZeroKeepingTheSign) {
   struct Case {
     double x, rounded;
@@ -64,22 +67,31 @@ TEST(MathSemantics, RoundsHalvesAwayFromZeroKeepingTheSign) {
   const Case cases[] = {{1.5, 2},           {2.5, 3},
                         {-2.5, -3},         {-0.4, -0.0},
                         {0.5, 1},           {-0.5, -1},
+                        {1.7, 2},           {0.4, 0},
+                        {3.2, 3},           {-3.7, -4},
                         {0.49999997, 0},    {-1e300, -1e300},
                         {8388609, 8388609}, {4503599627370497.0, 4503599627370497.0},
                         {-kInf, -kInf}};
-  for (const Case& c : cases) {
-    std::vector<double> d_in, d_out(0);
-    const std::vector<int> at = Scatter<double>({c.x}, d_in);
-    d_out.resize(d_in.size());
-    ASSERT_EQ(dispatch::RoundF64(d_in.data(), d_out.data(), static_cast<int>(d_in.size())), 0);
-    EXPECT_TRUE(SameBits(d_out[at[0]], c.rounded)) << c.x << " -> " << Show(d_out[at[0]]);
-    std::vector<float> f_in, f_out;
-    Scatter<float>({static_cast<float>(c.x)}, f_in);
-    f_out.resize(f_in.size());
-    ASSERT_EQ(dispatch::RoundF32(f_in.data(), f_out.data(), static_cast<int>(f_in.size())), 0);
-    // Not the C library's roundf: some runtimes round 0.49999997f up.
-    const float expected = static_cast<float>(c.rounded);
-    EXPECT_TRUE(SameBits(f_out[at[0]], expected)) << c.x << " -> " << Show(f_out[at[0]]);
+  for (unsigned mode : test::harness::kRoundingModes) {
+    const test::harness::FpModes rounding(mode);
+    const unsigned control = test::harness::MxcsrControl();
+    for (const Case& c : cases) {
+      std::vector<double> d_in, d_out(0);
+      const std::vector<int> at = Scatter<double>({c.x}, d_in);
+      d_out.resize(d_in.size());
+      ASSERT_EQ(dispatch::RoundF64(d_in.data(), d_out.data(), static_cast<int>(d_in.size())), 0);
+      EXPECT_TRUE(SameBits(d_out[at[0]], c.rounded))
+          << c.x << " -> " << Show(d_out[at[0]]) << ", MXCSR " << std::hex << _mm_getcsr();
+      std::vector<float> f_in, f_out;
+      Scatter<float>({static_cast<float>(c.x)}, f_in);
+      f_out.resize(f_in.size());
+      ASSERT_EQ(dispatch::RoundF32(f_in.data(), f_out.data(), static_cast<int>(f_in.size())), 0);
+      // Not the C library's roundf: some runtimes round 0.49999997f up.
+      const float expected = static_cast<float>(c.rounded);
+      EXPECT_TRUE(SameBits(f_out[at[0]], expected))
+          << c.x << " -> " << Show(f_out[at[0]]) << ", MXCSR " << std::hex << _mm_getcsr();
+      EXPECT_EQ(test::harness::MxcsrControl(), control);
+    }
   }
 }
 

@@ -30,12 +30,13 @@ EngStatus EachPair(F f, const T* a, const T* b, T* d, int n) {
   return engStsNoErr;
 }
 
-// Halves away from zero; the sign survives a zero result.
+// Halves away from zero; the sign survives a zero result. Truncation and the fraction's
+// subtraction are exact, so no rounding mode matters.
 template <class T>
 T RoundHalfAway(T x) {
   const T magnitude = std::fabs(x);
-  T r = std::nearbyint(magnitude);
-  if (magnitude - r == T(0.5)) r += 1;
+  const T whole = std::trunc(magnitude);
+  const T r = magnitude - whole >= T(0.5) ? whole + 1 : whole;
   return std::copysign(r, x);
 }
 
