@@ -28,11 +28,20 @@ ZAL_NOINLINE EngStatus MapLarge(Op op, T* dst, int n, Sources... src) {
   return engStsNoErr;
 }
 
-template <class T, class Op, class... Sources>
+// What a kernel does with NaNs: every NaN it computes is the default NaN, except where a NaN is
+// only moved (Abs) or passed on quietened by contract (the double Ln).
+enum class NaNs { kDefault, kPassedOn };
+
+template <NaNs kNaNs = NaNs::kDefault, class T, class Op, class... Sources>
 ZAL_INLINE EngStatus Each(Op op, T* dst, int n, Sources... src) {
   if (const EngStatus status = Check(n, src..., dst)) return status;
-  if (MayStream<T>(n)) return MapLarge(op, dst, n, src...);
-  Map<false>(op, dst, n, src...);
+  if constexpr (kNaNs == NaNs::kDefault) {
+    if (MayStream<T>(n)) return MapLarge(WithDefaultNaN{op}, dst, n, src...);
+    Map<false>(WithDefaultNaN{op}, dst, n, src...);
+  } else {
+    if (MayStream<T>(n)) return MapLarge(op, dst, n, src...);
+    Map<false>(op, dst, n, src...);
+  }
   return engStsNoErr;
 }
 
@@ -492,16 +501,16 @@ constexpr auto kInverseF64Prec26Op = [](VF64 x) {
 }  // namespace
 
 EngStatus AbsF32(const float* s, float* d, int n) {
-  return Each(kAbs, d, n, s);
+  return Each<NaNs::kPassedOn>(kAbs, d, n, s);
 }
 EngStatus AbsF64(const double* s, double* d, int n) {
-  return Each(kAbs, d, n, s);
+  return Each<NaNs::kPassedOn>(kAbs, d, n, s);
 }
 EngStatus AbsF32InPlace(float* d, int n) {
-  return Each(kAbs, d, n, static_cast<const float*>(d));
+  return Each<NaNs::kPassedOn>(kAbs, d, n, static_cast<const float*>(d));
 }
 EngStatus AbsF64InPlace(double* d, int n) {
-  return Each(kAbs, d, n, static_cast<const double*>(d));
+  return Each<NaNs::kPassedOn>(kAbs, d, n, static_cast<const double*>(d));
 }
 EngStatus SqrF32(const float* s, float* d, int n) {
   return Each(kSqr, d, n, s);
@@ -561,7 +570,7 @@ EngStatus LnF32Prec11(const float* s, float* d, int n) {
   return Each(LnF32Op<LnF32Class::kBits11>{}, d, n, s);
 }
 EngStatus LnF64(const double* s, double* d, int n) {
-  return Each(LnF64Op{}, d, n, s);
+  return Each<NaNs::kPassedOn>(LnF64Op{}, d, n, s);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
   return Each(PowF32Op{}, d, n, base, exponent);

@@ -12,21 +12,31 @@
 #include "engine/core/error_hook.h"
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
 
-template <class T, class F>
+// Every NaN a function computes is the default NaN, except where it only moves one (Abs) or
+// passes it on quietened by contract (the double Ln).
+enum class NaNs { kDefault, kPassedOn };
+
+template <class T>
+T Result(T x, NaNs nans) {
+  return nans == NaNs::kDefault ? DefaultNaN(x) : x;
+}
+
+template <NaNs kNaNs = NaNs::kDefault, class T, class F>
 EngStatus Each(F f, const T* s, T* d, int n) {
   if (const EngStatus status = Check(n, s, d)) return status;
-  for (int i = 0; i < n; ++i) d[i] = f(s[i], i);
+  for (int i = 0; i < n; ++i) d[i] = Result(f(s[i], i), kNaNs);
   return engStsNoErr;
 }
 
 template <class T, class F>
 EngStatus EachPair(F f, const T* a, const T* b, T* d, int n) {
   if (const EngStatus status = Check(n, a, b, d)) return status;
-  for (int i = 0; i < n; ++i) d[i] = f(a[i], b[i], i);
+  for (int i = 0; i < n; ++i) d[i] = DefaultNaN(f(a[i], b[i], i));
   return engStsNoErr;
 }
 
@@ -85,10 +95,10 @@ double PowDouble(double x, double y, int i) {
 }  // namespace
 
 EngStatus AbsF32(const float* s, float* d, int n) {
-  return Each([](float x, int) { return std::fabs(x); }, s, d, n);
+  return Each<NaNs::kPassedOn>([](float x, int) { return std::fabs(x); }, s, d, n);
 }
 EngStatus AbsF64(const double* s, double* d, int n) {
-  return Each([](double x, int) { return std::fabs(x); }, s, d, n);
+  return Each<NaNs::kPassedOn>([](double x, int) { return std::fabs(x); }, s, d, n);
 }
 EngStatus AbsF32InPlace(float* d, int n) {
   return AbsF32(d, d, n);
@@ -155,7 +165,7 @@ EngStatus LnF32Prec11(const float* s, float* d, int n) {
   return LnF32(s, d, n);
 }
 EngStatus LnF64(const double* s, double* d, int n) {
-  return Each(LnDouble, s, d, n);
+  return Each<NaNs::kPassedOn>(LnDouble, s, d, n);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
   return EachPair(
