@@ -302,7 +302,8 @@ struct LnF64Op {
     y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
     y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
     y = Select(Less(max_finite, x), x, y);
-    y = Select(Unordered(x, x), x * Constant<VF64>(1.0), y);
+    // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+    y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
     if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
     if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
     return y;

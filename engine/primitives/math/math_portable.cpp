@@ -6,7 +6,9 @@
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "engine/core/error_hook.h"
@@ -70,7 +72,10 @@ double LnDouble(double x, int i) {
     return -std::numeric_limits<double>::infinity();
   }
   if (x == std::numeric_limits<double>::infinity()) return x;
-  if (std::isnan(x)) return x * 1.0;
+  // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+  if (std::isnan(x)) {
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) | 0x0008000000000000u);
+  }
   if (x < 0) {
     ReportMathError(i, engStsDomain, "Ln64");
     return -std::numeric_limits<double>::quiet_NaN();
