@@ -29,16 +29,16 @@
 // parts as four separate arrays.
 //
 // Every transform may run in place (each destination the same array as its source) or out of
-// place (no partial overlap). Buffers need no particular alignment, but the work buffer must hold
-// FFTGetBufSize() bytes; it may be null when that size is 0 (N = 1, real N <= 2, and the short
-// lengths whose whole transform the registers hold: up to 32 .. 256 complex points, depending on
-// the type and the instruction set). One state may serve several threads at once if each passes
-// its own work buffer.
+// place (no partial overlap). Arrays must be aligned to their element type (as C++ arrays are),
+// nothing more; the work buffer must hold FFTGetBufSize() bytes. It may be null when that size is
+// 0 (N = 1, real N <= 2, and the short lengths whose whole transform the registers hold: up to
+// 32 .. 256 complex points, depending on the type and the instruction set). One state may serve
+// several threads at once if each passes its own work buffer.
 //
 // Accuracy: the relative RMS error of a forward transform of random data, ||X - exact|| /
 // ||exact||, is at most 1.25 times that of FFTW's (Debian's libfftw3) on the same data: about
 // 1e-7 in float and 2e-16 in double for N = 1024 .. 4096, growing like sqrt(log2 N).
-// NaN and infinity propagate to the bins they reach.
+// NaN and infinity propagate to the bins they reach; which NaN a bin holds is not specified.
 //
 // Failures are silent: nothing is reported or thrown. An order above 24 yields a record whose
 // transforms do nothing and whose work size is 0; when memory for the prepared tables cannot be
@@ -139,8 +139,9 @@ class ZAL_API FFTImpl {
   unsigned int GetOrder() const { return order_; }
   // The length last requested, unrounded; 0 when built from an order.
   unsigned int GetFFTSize() const { return fftSize_; }
-  // The length transformed: 2^order.
-  unsigned int GetBlockSize() const { return 1u << order_; }
+  // The length transformed: 2^order, or 0 for an order above kFFTMaxOrder, which no transform
+  // takes (its transforms leave their destinations untouched).
+  unsigned int GetBlockSize() const { return order_ <= kFFTMaxOrder ? 1u << order_ : 0u; }
 
   // GetBlockSize() elements per array; the inverse divides by GetBlockSize().
   void ProcessFwd(const T* srcRe, const T* srcIm, T* dstRe, T* dstIm);

@@ -7,8 +7,27 @@
 //   signed 32-bit value: a len of 0, or of 2^31 and more, makes the call a silent no-op, and so
 //   does any null pointer. Nothing is written then, and nothing is ever reported or thrown.
 // - Arguments: len first, then sources, then the destination, then scalar parameters, except where
-//   a function's comment says otherwise. Buffers need no particular alignment.
+//   a function's comment says otherwise.
+// - Alignment: every pointer must be aligned to its element type (alignof: 4 bytes for float and
+//   std::complex<float>, 8 for double and std::complex<double>, 2 for short), as any C++ array of
+//   that type is. Nothing beyond that: vectors may start anywhere else, and the functions run at
+//   the same speed at any element offset.
 // - Complex vectors are interleaved (real, imaginary), as std::complex stores them.
+// - NaNs: every NaN a function computes is the default NaN, sign set and payload empty
+//   (0xFFC00000 in float, 0xFFF8000000000000 in double), whatever NaNs its operands held, on every
+//   processor: NaN + 1, NaN(0x7FC00001) * NaN(0xFFC00002), sqrt(NaN) and Exp(NaN) give it as
+//   0 * Inf, Inf - Inf and sqrt(-1) do. Functions that only move, select or change the sign of
+//   values (Abs, thresholds and Trim, MinEvery/MaxEvery, Min/Max and their indices) pass
+//   a NaN on bit for bit. The one exception is the double Ln, which returns a NaN argument
+//   quietened, its payload kept.
+// - Floating-point modes: every function runs under the calling thread's MXCSR and leaves its
+//   control bits as it found them. Under flush-to-zero and denormals-are-zero, denormal results
+//   and operands behave as the processor makes them, alike at every level. Exact results (moves,
+//   sign changes, selections, thresholds, Round, the short MulConstant_InPlace) are the same
+//   under every rounding mode. Results of IEEE operations (arithmetic, Sqr, Sqrt, Inverse, sums,
+//   norms, magnitudes, Normalize, VectorSlope) are rounded by the thread's rounding mode, as the
+//   same operations written in C, identically at every level. Exp, Ln, Pow, Inverse_Prec26,
+//   CartToPolar and PolarToCart hold their stated accuracy under rounding to nearest only.
 #pragma once
 
 #include <complex>
@@ -137,7 +156,7 @@ ZAL_API void Inverse_Prec26(unsigned int len, const double* src, double* dst);
 //   MinIndex / MaxIndex(len, src, value)  index of the smallest / largest element; its value is
 //                            stored through `value` unless that is null
 //   MinMaxIndex(len, src, min, max, minIdx, maxIdx)   both at once
-//   MaxAbs(src, len)         largest |src[i]|; 0 for len 0 (pointer first, length second)
+//   MaxAbs(src, len)         largest |src[i]| (pointer first, length second)
 //   NormL1(len, src)         sum of |src[i]|           NormL2(len, src)  sqrt of the sum of squares
 //   DotProduct(len, a, b)    sum of a[i] * b[i]
 //   StandardDeviation(len, src, out)  sample deviation, sqrt(sum (mean - x)^2 / (len - 1)); a

@@ -126,7 +126,8 @@ bool Equal(unsigned int len, const unsigned char* a, const unsigned char* b) {
 // (max keeps its second operand when the first is NaN), so the result does not depend on where
 // the vector steps fall.
 float MaxAbs(const float* src, unsigned int len) {
-  if (!src) return 0.0f;
+  // Refused like every engine reduction: a len of 2^31 and more is a negative engine length.
+  if (!src || len > 0x7FFFFFFFu) return 0.0f;
   const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(src);
   std::size_t prologue = (0u - address / 4) % 4;
   if (prologue > len) prologue = len;

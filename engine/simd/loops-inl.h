@@ -17,6 +17,25 @@ using VectorOf = decltype(Load(static_cast<const T*>(nullptr)));
 // Four registers per iteration keep the load and arithmetic ports busy without spilling.
 constexpr std::ptrdiff_t kUnroll = 4;
 
+// An op that reports about single elements (the math kernels' error hook) declares
+// kTakesIndex and takes the index of the vector's first element ahead of the vectors. The loops
+// pass it, so the index stays right whatever partial vectors a loop makes at its head or tail.
+template <class Op, class... Vectors>
+ZAL_INLINE auto Apply(Op op, std::ptrdiff_t first, Vectors... v) {
+  if constexpr (requires { requires Op::kTakesIndex; }) {
+    return op(first, v...);
+  } else {
+    return op(v...);
+  }
+}
+
+// Results as the op wants them stored: an op marked kDefaultNaNs (WithDefaultNaN) has its NaN
+// results made the default NaN, a whole unrolled step at a time where there is one.
+template <class Op, class... Vectors>
+ZAL_INLINE void Finish(Op, Vectors&... r) {
+  if constexpr (requires { requires Op::kDefaultNaNs; }) DefaultNaNs(r...);
+}
+
 // dst[i] = op(src[i]...) for begin <= i < end, with ordinary stores. dst may be one of the
 // sources exactly: every element is read before it is written.
 template <class T, class Op, class... Sources>
@@ -24,19 +43,26 @@ ZAL_INLINE void MapRange(Op op, T* dst, std::ptrdiff_t begin, std::ptrdiff_t end
   constexpr std::ptrdiff_t kLanes = VectorOf<T>::kLanes;
   std::ptrdiff_t i = begin;
   for (; i + kUnroll * kLanes <= end; i += kUnroll * kLanes) {
-    const auto r0 = op(Load(src + i)...);
-    const auto r1 = op(Load(src + i + kLanes)...);
-    const auto r2 = op(Load(src + i + 2 * kLanes)...);
-    const auto r3 = op(Load(src + i + 3 * kLanes)...);
+    auto r0 = Apply(op, i, Load(src + i)...);
+    auto r1 = Apply(op, i + kLanes, Load(src + i + kLanes)...);
+    auto r2 = Apply(op, i + 2 * kLanes, Load(src + i + 2 * kLanes)...);
+    auto r3 = Apply(op, i + 3 * kLanes, Load(src + i + 3 * kLanes)...);
+    Finish(op, r0, r1, r2, r3);
     Store(dst + i, r0);
     Store(dst + i + kLanes, r1);
     Store(dst + i + 2 * kLanes, r2);
     Store(dst + i + 3 * kLanes, r3);
   }
-  for (; i + kLanes <= end; i += kLanes) Store(dst + i, op(Load(src + i)...));
+  for (; i + kLanes <= end; i += kLanes) {
+    auto r = Apply(op, i, Load(src + i)...);
+    Finish(op, r);
+    Store(dst + i, r);
+  }
   if (i < end) {
     const int rest = static_cast<int>(end - i);
-    StoreN(dst + i, op(LoadN(src + i, rest)...), rest);
+    auto r = Apply(op, i, LoadN(src + i, rest)...);
+    Finish(op, r);
+    StoreN(dst + i, r, rest);
   }
 }
 
@@ -73,10 +99,11 @@ ZAL_INLINE void MapStreaming(Op op, T* dst, std::ptrdiff_t n, Sources... src) {
   MapRange(op, dst, 0, head, src...);
   std::ptrdiff_t i = head;
   for (; i + kUnroll * kLanes <= n; i += kUnroll * kLanes) {
-    const auto r0 = op(Load(src + i)...);
-    const auto r1 = op(Load(src + i + kLanes)...);
-    const auto r2 = op(Load(src + i + 2 * kLanes)...);
-    const auto r3 = op(Load(src + i + 3 * kLanes)...);
+    auto r0 = Apply(op, i, Load(src + i)...);
+    auto r1 = Apply(op, i + kLanes, Load(src + i + kLanes)...);
+    auto r2 = Apply(op, i + 2 * kLanes, Load(src + i + 2 * kLanes)...);
+    auto r3 = Apply(op, i + 3 * kLanes, Load(src + i + 3 * kLanes)...);
+    Finish(op, r0, r1, r2, r3);
     Stream(dst + i, r0);
     Stream(dst + i + kLanes, r1);
     Stream(dst + i + 2 * kLanes, r2);

@@ -14,6 +14,7 @@
 #endif
 
 #include "engine/simd/vec_complex-inl.h"
+#include "engine/simd/vec_nan-inl.h"
 
 // Last: the loops find Load, Store... of every element type by ordinary lookup.
 #include "engine/simd/loops-inl.h"

@@ -310,18 +310,66 @@ ZAL_INLINE VF64 Select(MF64 m, VF64 a, VF64 b) {
 #endif
 }
 
+#if ZAL_LEVEL_INDEX < 2
+// Below SSE4.1 every integral value comes from exact operations only, so that none depends on the
+// caller's rounding mode. An integral neighbour (floor or ceiling, by that mode) of v, for |v|
+// below 2^23 (2^52): adding and subtracting that power rounds |v| one way or the other. Rounding
+// down makes an exact zero difference -0, so signs are set from v alone.
+ZAL_INLINE __m128 IntegralNeighbour(__m128 v) {
+  const __m128 sign = _mm_set1_ps(-0.0f);
+  const __m128 shift = _mm_set1_ps(8388608.0f);
+  const __m128 magnitude = _mm_andnot_ps(sign, v);
+  const __m128 neighbour = _mm_sub_ps(_mm_add_ps(magnitude, shift), shift);
+  return _mm_or_ps(_mm_andnot_ps(sign, neighbour), _mm_and_ps(sign, v));
+}
+ZAL_INLINE __m128d IntegralNeighbour(__m128d v) {
+  const __m128d sign = _mm_set1_pd(-0.0);
+  const __m128d shift = _mm_set1_pd(4503599627370496.0);
+  const __m128d magnitude = _mm_andnot_pd(sign, v);
+  const __m128d neighbour = _mm_sub_pd(_mm_add_pd(magnitude, shift), shift);
+  return _mm_or_pd(_mm_andnot_pd(sign, neighbour), _mm_and_pd(sign, v));
+}
+// The largest integral value not above v, |v| below 2^52: the comparison is exact.
+ZAL_INLINE __m128d FloorBelow2To52(__m128d v) {
+  const __m128d neighbour = IntegralNeighbour(v);
+  return _mm_sub_pd(neighbour, _mm_and_pd(_mm_cmplt_pd(v, neighbour), _mm_set1_pd(1.0)));
+}
+// Every bit set in the lanes where the integral value t (below 2^52) is odd: t + 2^52 is exact,
+// and its last mantissa bit is t's.
+ZAL_INLINE __m128d OddIntegralLanes(__m128d t) {
+  const __m128i bits = _mm_castpd_si128(_mm_add_pd(t, _mm_set1_pd(4503599627370496.0)));
+  const __m128i parity_high = _mm_srai_epi32(_mm_slli_epi64(bits, 63), 31);
+  return _mm_castsi128_pd(_mm_shuffle_epi32(parity_high, _MM_SHUFFLE(3, 3, 1, 1)));
+}
+// t + 1 where the fraction f = magnitude - t is above a half, or exactly a half and t odd.
+ZAL_INLINE __m128 RoundUpToEven(__m128 t, __m128 f, __m128 odd) {
+  const __m128 half = _mm_set1_ps(0.5f);
+  const __m128 up = _mm_or_ps(_mm_cmpgt_ps(f, half), _mm_and_ps(_mm_cmpeq_ps(f, half), odd));
+  return _mm_add_ps(t, _mm_and_ps(up, _mm_set1_ps(1.0f)));
+}
+ZAL_INLINE __m128d RoundUpToEven(__m128d t, __m128d f, __m128d odd) {
+  const __m128d half = _mm_set1_pd(0.5);
+  const __m128d up = _mm_or_pd(_mm_cmpgt_pd(f, half), _mm_and_pd(_mm_cmpeq_pd(f, half), odd));
+  return _mm_add_pd(t, _mm_and_pd(up, _mm_set1_pd(1.0)));
+}
+#endif
+
 // The nearest integral value, ties to even, of every value (a NaN stays a NaN, and the sign of
-// zero survives). Below SSE4.1: adding and subtracting 2^23 (2^52) rounds magnitudes below it;
-// larger ones are integral already.
+// zero survives), whatever the rounding mode. Below SSE4.1 magnitudes from 2^23 (2^52) on are
+// integral already; smaller ones split exactly into an integral part and a fraction.
 ZAL_INLINE VF32 RoundNearestEven(VF32 v) {
 #if ZAL_LEVEL_INDEX >= 2
   return {_mm_round_ps(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
 #else
   const __m128 sign = _mm_set1_ps(-0.0f);
-  const __m128 shift = _mm_set1_ps(8388608.0f);
   const __m128 magnitude = _mm_andnot_ps(sign, v.raw);
-  const __m128 rounded = _mm_sub_ps(_mm_add_ps(magnitude, shift), shift);
-  const __m128 small = _mm_cmplt_ps(magnitude, shift);
+  const __m128i truncated = _mm_cvttps_epi32(magnitude);
+  const __m128 t = _mm_cvtepi32_ps(truncated);
+  const __m128 odd = _mm_castsi128_ps(
+      _mm_cmpeq_epi32(_mm_and_si128(truncated, _mm_set1_epi32(1)), _mm_set1_epi32(1)));
+  // Zero results are -0 when rounding down; the sign comes from v alone.
+  const __m128 rounded = _mm_andnot_ps(sign, RoundUpToEven(t, _mm_sub_ps(magnitude, t), odd));
+  const __m128 small = _mm_cmplt_ps(magnitude, _mm_set1_ps(8388608.0f));
   const __m128 result = _mm_or_ps(_mm_and_ps(small, rounded), _mm_andnot_ps(small, magnitude));
   return {_mm_or_ps(result, _mm_and_ps(sign, v.raw))};
 #endif
@@ -331,30 +379,31 @@ ZAL_INLINE VF64 RoundNearestEven(VF64 v) {
   return {_mm_round_pd(v.raw, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)};
 #else
   const __m128d sign = _mm_set1_pd(-0.0);
-  const __m128d shift = _mm_set1_pd(4503599627370496.0);
   const __m128d magnitude = _mm_andnot_pd(sign, v.raw);
-  const __m128d rounded = _mm_sub_pd(_mm_add_pd(magnitude, shift), shift);
-  const __m128d small = _mm_cmplt_pd(magnitude, shift);
+  const __m128d t = FloorBelow2To52(magnitude);
+  const __m128d rounded =
+      _mm_andnot_pd(sign, RoundUpToEven(t, _mm_sub_pd(magnitude, t), OddIntegralLanes(t)));
+  const __m128d small = _mm_cmplt_pd(magnitude, _mm_set1_pd(4503599627370496.0));
   const __m128d result = _mm_or_pd(_mm_and_pd(small, rounded), _mm_andnot_pd(small, magnitude));
   return {_mm_or_pd(result, _mm_and_pd(sign, v.raw))};
 #endif
 }
 
-// The largest integral value not above v, for |v| below 2^22 (2^51) where SSE4.1 is missing.
+// The largest integral value not above v, for |v| below 2^22 (2^51) where SSE4.1 is missing: an
+// integral neighbour of v, less one where it lies above v.
 ZAL_INLINE VF32 Floor(VF32 v) {
 #if ZAL_LEVEL_INDEX >= 2
   return {_mm_floor_ps(v.raw)};
 #else
-  const VF32 rounded = RoundNearestEven(v);
-  return rounded - And(VF32{_mm_cmplt_ps(v.raw, rounded.raw)}, Broadcast(1.0f));
+  const VF32 neighbour = {IntegralNeighbour(v.raw)};
+  return neighbour - And(VF32{_mm_cmplt_ps(v.raw, neighbour.raw)}, Broadcast(1.0f));
 #endif
 }
 ZAL_INLINE VF64 Floor(VF64 v) {
 #if ZAL_LEVEL_INDEX >= 2
   return {_mm_floor_pd(v.raw)};
 #else
-  const VF64 rounded = RoundNearestEven(v);
-  return rounded - And(VF64{_mm_cmplt_pd(v.raw, rounded.raw)}, Broadcast(1.0));
+  return {FloorBelow2To52(v.raw)};
 #endif
 }
 

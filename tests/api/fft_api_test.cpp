@@ -103,27 +103,30 @@ TYPED_TEST(FFTKinds, LifecycleAndRoundTrip) {
   }
 }
 
-// An order the engine does not offer: the record is (null, null, 0), its work size reads 0 and a
-// transform leaves the destination as it was.
+// Orders the engine does not offer, up to those that reach it as negative numbers: the record is
+// (null, null, 0), its work size reads 0 and a transform leaves the destination as it was.
 TYPED_TEST(FFTKinds, UnsupportedOrderYieldsInertRecord) {
   using State = typename TypeParam::StateType;
   using T = typename TypeParam::Scalar;
-  State* state = nullptr;
-  FFTInit(&state, kFFTMaxOrder + 1);
-  ASSERT_NE(state, nullptr);
-  EXPECT_EQ(state->engineHandle, nullptr);
-  EXPECT_EQ(state->specBlock, nullptr);
-  unsigned int size = 12345;
-  FFTGetBufSize(state, &size);
-  EXPECT_EQ(size, 0u);
-  std::vector<T> src(64, T(1));
-  std::vector<T> dst(64, T(-7));
-  unsigned char work[64];
-  Forward(src, dst, state, work, false);
-  Forward(src, dst, state, work, true);
-  for (T v : dst) EXPECT_EQ(v, T(-7));
-  FFTFree(state);
-  delete state;
+  for (unsigned int order : {kFFTMaxOrder + 1, 31u, 32u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(order);
+    State* state = nullptr;
+    FFTInit(&state, order);
+    ASSERT_NE(state, nullptr);
+    EXPECT_EQ(state->engineHandle, nullptr);
+    EXPECT_EQ(state->specBlock, nullptr);
+    unsigned int size = 12345;
+    FFTGetBufSize(state, &size);
+    EXPECT_EQ(size, 0u);
+    std::vector<T> src(64, T(1));
+    std::vector<T> dst(64, T(-7));
+    unsigned char work[64];
+    Forward(src, dst, state, work, false);
+    Forward(src, dst, state, work, true);
+    for (T v : dst) EXPECT_EQ(v, T(-7));
+    FFTFree(state);
+    delete state;
+  }
 }
 
 // One point: the work size is 0 and a null work buffer is accepted.
@@ -188,6 +191,19 @@ TEST(FFTImpl, LengthsRoundToTheNearestOrder) {
   EXPECT_EQ(by_order.GetOrder(), 8u);
   EXPECT_EQ(by_order.GetFFTSize(), 0u);
   EXPECT_EQ(by_order.GetBlockSize(), 256u);
+}
+
+// Orders no transform takes, given or rounded from a length, keep their order and have no block.
+TEST(FFTImpl, OrdersBeyondTheLargestHaveNoBlock) {
+  const struct {
+    unsigned int order;
+    unsigned int length;
+  } cases[] = {{kFFTMaxOrder + 1, 0}, {32, 0}, {40, 0}, {0xFFFFFFFF, 0}, {0, 0xFFFFFFFF}};
+  for (const auto& c : cases) {
+    const ImplFloat fft(c.order, c.length);
+    EXPECT_EQ(fft.GetOrder(), c.length ? 32u : c.order) << c.order << ", " << c.length;
+    EXPECT_EQ(fft.GetBlockSize(), 0u) << c.order << ", " << c.length;
+  }
 }
 
 TEST(FFTImpl, SetFFTSizeReprepares) {

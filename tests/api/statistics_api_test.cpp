@@ -58,6 +58,7 @@ TEST(Reductions, RefusalsGiveZeroOrLeaveOutputs) {
     EXPECT_EQ(u::Max(len, kData), 0.0f);
     EXPECT_EQ(u::NormL1(len, kData), 0.0f);
     EXPECT_EQ(u::NormL2(len, kData), 0.0f);
+    EXPECT_EQ(u::MaxAbs(kData, len), 0.0f);
     EXPECT_EQ(u::DotProduct(len, kData, kData), 0.0f);
     float value = 7;
     EXPECT_EQ(u::MinIndex(len, kData, &value), 0);

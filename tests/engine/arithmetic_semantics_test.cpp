@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -20,7 +22,7 @@
 namespace zal::engine {
 namespace {
 
-using test::harness::DenormalModes;
+using test::harness::FpModes;
 using test::harness::kDenormalsAreZero;
 using test::harness::kFlushToZero;
 using test::harness::SameBits;
@@ -581,7 +583,11 @@ template <class F>
 std::vector<IeeeCase<F>> IeeeCases() {
   using L = std::numeric_limits<F>;
   const F inf = L::infinity();
-  const F nan = L::quiet_NaN();
+  // Every NaN computed is the default NaN, whatever NaN the operands held.
+  const F nan = -L::quiet_NaN();
+  using Bits = std::conditional_t<sizeof(F) == 4, std::uint32_t, std::uint64_t>;
+  const F nan_one = std::bit_cast<F>(static_cast<Bits>(std::bit_cast<Bits>(L::quiet_NaN()) | 1));
+  const F nan_two = -std::bit_cast<F>(static_cast<Bits>(std::bit_cast<Bits>(L::quiet_NaN()) | 2));
   const F min = L::min();
   const F tiny = L::denorm_min() * 4;  // a denormal operand
   const F lift = std::ldexp(F{1}, L::digits);
@@ -590,7 +596,13 @@ std::vector<IeeeCase<F>> IeeeCases() {
   auto all = [](F x) { return std::array<F, 4>{x, x, x, x}; };
   return {
       {"Inf + -Inf", Op::kAdd, inf, -inf, all(nan), kOk},
-      {"NaN + 1", Op::kAdd, nan, 1, all(nan), kOk},
+      {"NaN + 1", Op::kAdd, L::quiet_NaN(), 1, all(nan), kOk},
+      {"NaN 1 + -NaN 2", Op::kAdd, nan_one, nan_two, all(nan), kOk},
+      {"-NaN 2 + NaN 1", Op::kAdd, nan_two, nan_one, all(nan), kOk},
+      {"NaN 1 - -NaN 2", Op::kSub, nan_one, nan_two, all(nan), kOk},
+      {"NaN 1 * -NaN 2", Op::kMul, nan_one, nan_two, all(nan), kOk},
+      {"-NaN 2 * NaN 1", Op::kMul, nan_two, nan_one, all(nan), kOk},
+      {"signalling NaN * 1", Op::kMul, L::signaling_NaN(), 1, all(nan), kOk},
       {"+0 + -0", Op::kAdd, 0, -F{0}, all(0), kOk},
       {"-0 + -0", Op::kAdd, -F{0}, -F{0}, all(-F{0}), kOk},
       {"Inf + denormal", Op::kAdd, inf, tiny, all(inf), kOk},
@@ -599,13 +611,14 @@ std::vector<IeeeCase<F>> IeeeCases() {
       {"0 * Inf", Op::kMul, 0, inf, all(nan), kOk},
       {"-2 * Inf", Op::kMul, -2, inf, all(-inf), kOk},
       {"max * 2 overflows", Op::kMul, L::max(), 2, all(inf), kOk},
-      {"NaN * denormal", Op::kMul, nan, tiny, all(nan), kOk},
+      {"NaN * denormal", Op::kMul, nan_one, tiny, all(nan), kOk},
       {"1 / Inf", Op::kDiv, inf, 1, all(0), kOk},
       {"-1 / Inf", Op::kDiv, inf, -1, all(-F{0}), kOk},
       {"Inf / Inf", Op::kDiv, inf, inf, all(nan), kOk},
       {"0 / 0", Op::kDiv, 0, 0, all(nan), kWarn},
       {"1 / -0", Op::kDiv, -F{0}, 1, all(-inf), kWarn},
-      {"NaN / 0", Op::kDiv, 0, nan, all(nan), kWarn},
+      {"NaN / 0", Op::kDiv, 0, nan_two, all(nan), kWarn},
+      {"NaN 1 / -NaN 2", Op::kDiv, nan_two, nan_one, all(nan), kOk},
       // Denormal results flush to zero of their sign under FTZ; denormal operands read as zero
       // of their sign under DAZ.
       {"min * 0.5", Op::kMul, min, F{0.5}, {min / 2, 0, min / 2, 0}, kOk},
@@ -651,7 +664,7 @@ TYPED_TEST(IeeeSpecials, PropagateUnderEveryDenormalMode) {
       std::vector<F> dst(kCopies);
       EngStatus status;
       {
-        DenormalModes in_force(kModes[m]);
+        FpModes in_force(kModes[m]);
         status = Apply(c.op, first.data(), second.data(), dst.data(), kCopies);
       }
       EXPECT_EQ(status, c.status[m]);

@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "engine/core/dispatch.h"
+#include "engine/core/streaming.h"
 #include "tests/engine/harness/elements.h"
+#include "tests/engine/harness/fp_environment.h"
 
 namespace zal::engine {
 namespace {
@@ -56,6 +58,8 @@ std::vector<int> Scatter(const std::vector<T>& values, std::vector<T>& arguments
   return at;
 }
 
+// Under every rounding mode of the caller: the result does not depend on it, and the mode is
+// left as it was.
 TEST(MathSemantics, RoundsHalvesAwayFromZeroKeepingTheSign) {
   struct Case {
     double x, rounded;
@@ -63,22 +67,31 @@ TEST(MathSemantics, RoundsHalvesAwayFromZeroKeepingTheSign) {
   const Case cases[] = {{1.5, 2},           {2.5, 3},
                         {-2.5, -3},         {-0.4, -0.0},
                         {0.5, 1},           {-0.5, -1},
+                        {1.7, 2},           {0.4, 0},
+                        {3.2, 3},           {-3.7, -4},
                         {0.49999997, 0},    {-1e300, -1e300},
                         {8388609, 8388609}, {4503599627370497.0, 4503599627370497.0},
                         {-kInf, -kInf}};
-  for (const Case& c : cases) {
-    std::vector<double> d_in, d_out(0);
-    const std::vector<int> at = Scatter<double>({c.x}, d_in);
-    d_out.resize(d_in.size());
-    ASSERT_EQ(dispatch::RoundF64(d_in.data(), d_out.data(), static_cast<int>(d_in.size())), 0);
-    EXPECT_TRUE(SameBits(d_out[at[0]], c.rounded)) << c.x << " -> " << Show(d_out[at[0]]);
-    std::vector<float> f_in, f_out;
-    Scatter<float>({static_cast<float>(c.x)}, f_in);
-    f_out.resize(f_in.size());
-    ASSERT_EQ(dispatch::RoundF32(f_in.data(), f_out.data(), static_cast<int>(f_in.size())), 0);
-    // Not the C library's roundf: some runtimes round 0.49999997f up.
-    const float expected = static_cast<float>(c.rounded);
-    EXPECT_TRUE(SameBits(f_out[at[0]], expected)) << c.x << " -> " << Show(f_out[at[0]]);
+  for (unsigned mode : test::harness::kRoundingModes) {
+    const test::harness::FpModes rounding(mode);
+    const unsigned control = test::harness::MxcsrControl();
+    for (const Case& c : cases) {
+      std::vector<double> d_in, d_out(0);
+      const std::vector<int> at = Scatter<double>({c.x}, d_in);
+      d_out.resize(d_in.size());
+      ASSERT_EQ(dispatch::RoundF64(d_in.data(), d_out.data(), static_cast<int>(d_in.size())), 0);
+      EXPECT_TRUE(SameBits(d_out[at[0]], c.rounded))
+          << c.x << " -> " << Show(d_out[at[0]]) << ", MXCSR " << std::hex << _mm_getcsr();
+      std::vector<float> f_in, f_out;
+      Scatter<float>({static_cast<float>(c.x)}, f_in);
+      f_out.resize(f_in.size());
+      ASSERT_EQ(dispatch::RoundF32(f_in.data(), f_out.data(), static_cast<int>(f_in.size())), 0);
+      // Not the C library's roundf: some runtimes round 0.49999997f up.
+      const float expected = static_cast<float>(c.rounded);
+      EXPECT_TRUE(SameBits(f_out[at[0]], expected))
+          << c.x << " -> " << Show(f_out[at[0]]) << ", MXCSR " << std::hex << _mm_getcsr();
+      EXPECT_EQ(test::harness::MxcsrControl(), control);
+    }
   }
 }
 
@@ -127,6 +140,40 @@ TEST(MathSemantics, DoublePowReportsPolesAndDomainErrors) {
     const std::vector<Report> expected = {
         {at[0], 18, "Pow64"}, {at[1], 18, "Pow64"}, {at[2], 19, "Pow64"}, {at[5], 19, "Pow64"}};
     EXPECT_EQ(g_reports, expected);
+  }
+}
+
+// Destinations large enough to be streamed start with a partial vector until they reach the
+// register's alignment; reports still name the element, whatever that head's length.
+TEST(MathSemantics, ReportsNameTheElementAtEveryDestinationAlignment) {
+  const std::ptrdiff_t n = StreamingStoreThresholdBytes() / 8 + 31080;
+  const std::vector<std::ptrdiff_t> bad = {0, 5, 100000, n - 1};
+  std::vector<double> x(n, 2.0);
+  const std::vector<double> y(n, 0.5);
+  for (std::ptrdiff_t i : bad) x[i] = -1.0;
+  std::vector<double> block(n + 16);
+  double* const aligned = reinterpret_cast<double*>(
+      (reinterpret_cast<std::uintptr_t>(block.data()) + 63) & ~std::uintptr_t{63});
+  struct Function {
+    const char* name;
+    EngStatus (*ln)(const double*, double*, int);
+    EngStatus (*pow)(const double*, const double*, double*, int);
+  };
+  const Function functions[] = {{"Ln", &dispatch::LnF64, nullptr},
+                                {"Pow", nullptr, &dispatch::PowF64},
+                                {"Pow_Prec26", nullptr, &dispatch::PowF64Prec26}};
+  for (const Function& f : functions) {
+    const std::string tag = f.ln ? "Ln64" : "Pow64";
+    std::vector<Report> expected;
+    for (std::ptrdiff_t i : bad) expected.push_back({static_cast<int>(i), 19, tag});
+    for (int offset = 0; offset < 8; ++offset) {
+      HookRecorder recorder;
+      double* const dst = aligned + offset;
+      ASSERT_EQ(f.ln ? f.ln(x.data(), dst, static_cast<int>(n))
+                     : f.pow(x.data(), y.data(), dst, static_cast<int>(n)),
+                0);
+      EXPECT_EQ(g_reports, expected) << f.name << ", destination at 64-byte block + " << offset;
+    }
   }
 }
 

@@ -36,11 +36,21 @@ struct WithConstantOp {
   }
 };
 
+// op, with any NaN it passes on made the default NaN (integer results have none).
+template <class T, class Op>
+ZAL_INLINE auto DefaultNaNs(Op op) {
+  if constexpr (std::is_integral_v<T>) {
+    return op;
+  } else {
+    return WithDefaultNaN{op};
+  }
+}
+
 // Kinds of elementwise kernels. Each runs dst[i] = op(src[i]...) and returns its status.
 struct Plain {
   template <bool kLarge, class T, class Op, class... Sources>
   static ZAL_INLINE EngStatus Run(Op op, T* dst, int n, Sources... src) {
-    Map<kLarge>(op, dst, n, src...);
+    Map<kLarge>(DefaultNaNs<T>(op), dst, n, src...);
     return engStsNoErr;
   }
 };
@@ -51,12 +61,11 @@ struct Division {
   template <bool kLarge, class T, class Op, class Divisor, class... Others>
   static ZAL_INLINE EngStatus Run(Op divide, T* dst, int n, Divisor divisor, Others... others) {
     typename VectorOf<T>::Mask zero;
-    Map<kLarge>(
-        [divide, &zero](auto d, auto... x) {
-          zero = zero | IsZero(d);
-          return divide(d, x...);
-        },
-        dst, n, divisor, others...);
+    Map<kLarge>(WithDefaultNaN{[divide, &zero](auto d, auto... x) {
+                  zero = zero | IsZero(d);
+                  return divide(d, x...);
+                }},
+                dst, n, divisor, others...);
     return AnyLane(zero) ? engStsDivByZero : engStsNoErr;
   }
 };
@@ -65,7 +74,7 @@ struct Division {
 struct DivisionByConstant {
   template <bool kLarge, class T, class Op, class... Sources>
   static ZAL_INLINE EngStatus Run(Op op, T* dst, int n, Sources... src) {
-    Map<kLarge>(op, dst, n, src...);
+    Map<kLarge>(DefaultNaNs<T>(op), dst, n, src...);
     return IsZeroValue(op.c) ? engStsDivByZero : engStsNoErr;
   }
 };

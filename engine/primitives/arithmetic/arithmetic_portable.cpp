@@ -1,5 +1,6 @@
 // The reference of the arithmetic family: plain scalar loops, one element at a time, in the
-// operation order every level reproduces (no fused multiply-add), so levels match it bit for bit.
+// operation order every level reproduces (no fused multiply-add), so levels match it bit for bit,
+// NaNs made the default NaN as they are there.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
@@ -7,6 +8,7 @@
 #include <cstdint>
 
 #include "engine/core/primitive_declarations.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
@@ -72,14 +74,14 @@ EngStatus Check(const void* a, const void* b, const void* c, int n) {
 template <class T, class Op>
 EngStatus Each(const T* first, const T* second, T* dst, int n, Op op) {
   if (const EngStatus status = Check(first, second, dst, n)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = op(first[i], second[i], dst[i]);
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(op(first[i], second[i], dst[i]));
   return engStsNoErr;
 }
 
 template <class T, class Op>
 EngStatus EachWith(const T* src, T c, T* dst, int n, Op op) {
   if (const EngStatus status = Check(src, dst, dst, n)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = op(src[i], c, dst[i]);
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(op(src[i], c, dst[i]));
   return engStsNoErr;
 }
 

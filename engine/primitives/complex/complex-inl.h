@@ -1,7 +1,8 @@
 // Magnitudes, power spectra and polar coordinates, written once against the vector layer. Every
 // result is a fixed sequence of IEEE operations, so every level gives the portable variant's
 // bits: |z| = sqrt(re^2 + im^2) in either layout, atan2 in float (engine/simd/vec_trig-inl.h),
-// and PolarToCart's cos and sin in double, rounded once to float.
+// and PolarToCart's cos and sin in double, rounded once to float. Every NaN result is the default
+// NaN.
 // Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <cstddef>
@@ -59,9 +60,9 @@ ZAL_INLINE EngStatus FromInterleaved(const C* src, RealOf<C>* dst, int n) {
   Blocks<kLanes, 2, 1>(in, out, 1, 1, n, [](const R* const(&s)[2], R* const(&d)[2], auto i) {
     const auto norm = Norms(s[0] + 2 * i);
     if constexpr (kRoot) {
-      Store(d[0] + i, Sqrt(norm));
+      Store(d[0] + i, DefaultNaN(Sqrt(norm)));
     } else {
-      Store(d[0] + i, norm);
+      Store(d[0] + i, DefaultNaN(norm));
     }
   });
   return engStsNoErr;
@@ -70,7 +71,7 @@ ZAL_INLINE EngStatus FromInterleaved(const C* src, RealOf<C>* dst, int n) {
 template <class T>
 ZAL_INLINE EngStatus MagnitudeSplit(const T* re, const T* im, T* dst, int n) {
   if (const EngStatus status = Check(n, re, im, dst)) return status;
-  Map<false>([](auto x, auto y) { return Sqrt(x * x + y * y); }, dst, n, re, im);
+  Map<false>(WithDefaultNaN{[](auto x, auto y) { return Sqrt(x * x + y * y); }}, dst, n, re, im);
   return engStsNoErr;
 }
 
@@ -106,8 +107,8 @@ EngStatus CartToPolarF32(const float* src, float* magnitude, float* phase, int n
                          const VF32 b = Load(s[0] + 2 * i + kLanes);
                          const VF32 re = EvenLanes(a, b);
                          const VF32 im = OddLanes(a, b);
-                         Store(d[0] + i, Sqrt(re * re + im * im));
-                         Store(d[1] + i, Atan2(im, re));
+                         Store(d[0] + i, DefaultNaN(Sqrt(re * re + im * im)));
+                         Store(d[1] + i, DefaultNaN(Atan2(im, re)));
                        });
   return engStsNoErr;
 }
@@ -124,8 +125,8 @@ EngStatus PolarToCartF32(const float* magnitude, const float* phase, float* dst,
                          const SinCosF64 high = SinCos(LoadWidened(s[1] + i + kHalf));
                          const VF64 m_low = LoadWidened(s[0] + i);
                          const VF64 m_high = LoadWidened(s[0] + i + kHalf);
-                         const VF32 re = Narrow(m_low * low.cos, m_high * high.cos);
-                         const VF32 im = Narrow(m_low * low.sin, m_high * high.sin);
+                         const VF32 re = DefaultNaN(Narrow(m_low * low.cos, m_high * high.cos));
+                         const VF32 im = DefaultNaN(Narrow(m_low * low.sin, m_high * high.sin));
                          Store(d[0] + 2 * i, ZipFirst(re, im));
                          Store(d[0] + 2 * i + kLanes, ZipSecond(re, im));
                        });

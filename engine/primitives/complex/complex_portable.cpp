@@ -1,5 +1,6 @@
 // The reference of the complex-domain helpers: one element at a time, in the operation order every
-// level reproduces, including the atan2 and sine/cosine evaluation of engine/simd/vec_trig-inl.h.
+// level reproduces, including the atan2 and sine/cosine evaluation of engine/simd/vec_trig-inl.h,
+// and every NaN result the default NaN.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
@@ -12,6 +13,7 @@
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
@@ -79,32 +81,36 @@ SinCos SinCosOf(double x) {
 
 EngStatus MagnitudeSplitF32(const float* re, const float* im, float* dst, int n) {
   if (const EngStatus status = Check(n, re, im, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(re[i] * re[i] + im[i] * im[i]);
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(std::sqrt(re[i] * re[i] + im[i] * im[i]));
   return engStsNoErr;
 }
 EngStatus MagnitudeSplitF64(const double* re, const double* im, double* dst, int n) {
   if (const EngStatus status = Check(n, re, im, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(re[i] * re[i] + im[i] * im[i]);
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(std::sqrt(re[i] * re[i] + im[i] * im[i]));
   return engStsNoErr;
 }
 EngStatus MagnitudeC32(const Complex32* src, float* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(src[i].re * src[i].re + src[i].im * src[i].im);
+  for (int i = 0; i < n; ++i) {
+    dst[i] = DefaultNaN(std::sqrt(src[i].re * src[i].re + src[i].im * src[i].im));
+  }
   return engStsNoErr;
 }
 EngStatus MagnitudeC64(const Complex64* src, double* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(src[i].re * src[i].re + src[i].im * src[i].im);
+  for (int i = 0; i < n; ++i) {
+    dst[i] = DefaultNaN(std::sqrt(src[i].re * src[i].re + src[i].im * src[i].im));
+  }
   return engStsNoErr;
 }
 EngStatus PowerSpectrC32(const Complex32* src, float* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = src[i].re * src[i].re + src[i].im * src[i].im;
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(src[i].re * src[i].re + src[i].im * src[i].im);
   return engStsNoErr;
 }
 EngStatus PowerSpectrC64(const Complex64* src, double* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
-  for (int i = 0; i < n; ++i) dst[i] = src[i].re * src[i].re + src[i].im * src[i].im;
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN(src[i].re * src[i].re + src[i].im * src[i].im);
   return engStsNoErr;
 }
 
@@ -113,8 +119,8 @@ EngStatus CartToPolarF32(const float* src, float* magnitude, float* phase, int n
   for (int i = 0; i < n; ++i) {
     const float re = src[2 * i];
     const float im = src[2 * i + 1];
-    magnitude[i] = std::sqrt(re * re + im * im);
-    phase[i] = Atan2(im, re);
+    magnitude[i] = DefaultNaN(std::sqrt(re * re + im * im));
+    phase[i] = DefaultNaN(Atan2(im, re));
   }
   return engStsNoErr;
 }
@@ -123,8 +129,8 @@ EngStatus PolarToCartF32(const float* magnitude, const float* phase, float* dst,
   if (const EngStatus status = Check(n, magnitude, phase, dst)) return status;
   for (int i = 0; i < n; ++i) {
     const SinCos sc = SinCosOf(phase[i]);
-    dst[2 * i] = static_cast<float>(magnitude[i] * sc.cos);
-    dst[2 * i + 1] = static_cast<float>(magnitude[i] * sc.sin);
+    dst[2 * i] = DefaultNaN(static_cast<float>(magnitude[i] * sc.cos));
+    dst[2 * i + 1] = DefaultNaN(static_cast<float>(magnitude[i] * sc.sin));
   }
   return engStsNoErr;
 }

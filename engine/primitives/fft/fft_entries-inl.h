@@ -75,15 +75,17 @@ EngStatus Prepare(FFTKind kind, FFTSpec** handle, int order, int flag, unsigned 
 // their 8 rows of 16 lanes stay in the 32 registers, where 16 rows of 8 spill.
 template <class T>
 constexpr bool IsShortCore(FFTKind kind, int order) {
+  if (order < 0 || order > kFFTMaxOrder) return false;
   const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
   constexpr int kLanes = FFTVector<T>::kLanes;
   constexpr int kOwnFrom = sizeof(T) == 4 ? 128 : kLanes * kLanes;
-  return core_order >= 1 && order <= kFFTMaxOrder && (1 << core_order) < kOwnFrom;
+  return core_order >= 1 && (1 << core_order) < kOwnFrom;
 }
 
 // Whether the core of this kind and order is a float one of at most 16 points (and not direct).
 template <class T>
 constexpr bool IsTinyFloatCore(FFTKind kind, int order) {
+  if (order < 0 || order > kFFTMaxOrder) return false;
   const int core_order = IsRealKind<T>(kind) ? order - 1 : order;
   return sizeof(T) == 4 && core_order >= 1 && core_order <= 4;
 }

@@ -28,11 +28,20 @@ ZAL_NOINLINE EngStatus MapLarge(Op op, T* dst, int n, Sources... src) {
   return engStsNoErr;
 }
 
-template <class T, class Op, class... Sources>
+// What a kernel does with NaNs: every NaN it computes is the default NaN, except where a NaN is
+// only moved (Abs) or passed on quietened by contract (the double Ln).
+enum class NaNs { kDefault, kPassedOn };
+
+template <NaNs kNaNs = NaNs::kDefault, class T, class Op, class... Sources>
 ZAL_INLINE EngStatus Each(Op op, T* dst, int n, Sources... src) {
   if (const EngStatus status = Check(n, src..., dst)) return status;
-  if (MayStream<T>(n)) return MapLarge(op, dst, n, src...);
-  Map<false>(op, dst, n, src...);
+  if constexpr (kNaNs == NaNs::kDefault) {
+    if (MayStream<T>(n)) return MapLarge(WithDefaultNaN{op}, dst, n, src...);
+    Map<false>(WithDefaultNaN{op}, dst, n, src...);
+  } else {
+    if (MayStream<T>(n)) return MapLarge(op, dst, n, src...);
+    Map<false>(op, dst, n, src...);
+  }
   return engStsNoErr;
 }
 
@@ -273,10 +282,8 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
 // The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
 // NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52.
 struct LnF64Op {
-  std::ptrdiff_t* next;
-  ZAL_INLINE VF64 operator()(VF64 x) const {
-    const std::ptrdiff_t first = *next;
-    *next = first + VF64::kLanes;
+  static constexpr bool kTakesIndex = true;
+  ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x) const {
     const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
     const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
     const VF64 zero = Constant<VF64>(0.0);
@@ -295,7 +302,8 @@ struct LnF64Op {
     y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
     y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
     y = Select(Less(max_finite, x), x, y);
-    y = Select(Unordered(x, x), x * Constant<VF64>(1.0), y);
+    // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+    y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
     if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
     if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
     return y;
@@ -451,10 +459,8 @@ ZAL_INLINE VF64 PowF64Vector(VF64 x, VF64 y, std::ptrdiff_t first, const char* t
 
 template <PowClass kClass>
 struct PowF64Op {
-  std::ptrdiff_t* next;
-  ZAL_INLINE VF64 operator()(VF64 x, VF64 y) const {
-    const std::ptrdiff_t first = *next;
-    *next = first + VF64::kLanes;
+  static constexpr bool kTakesIndex = true;
+  ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x, VF64 y) const {
     return PowF64Vector<kClass>(x, y, first, "Pow64");
   }
 };
@@ -496,16 +502,16 @@ constexpr auto kInverseF64Prec26Op = [](VF64 x) {
 }  // namespace
 
 EngStatus AbsF32(const float* s, float* d, int n) {
-  return Each(kAbs, d, n, s);
+  return Each<NaNs::kPassedOn>(kAbs, d, n, s);
 }
 EngStatus AbsF64(const double* s, double* d, int n) {
-  return Each(kAbs, d, n, s);
+  return Each<NaNs::kPassedOn>(kAbs, d, n, s);
 }
 EngStatus AbsF32InPlace(float* d, int n) {
-  return Each(kAbs, d, n, static_cast<const float*>(d));
+  return Each<NaNs::kPassedOn>(kAbs, d, n, static_cast<const float*>(d));
 }
 EngStatus AbsF64InPlace(double* d, int n) {
-  return Each(kAbs, d, n, static_cast<const double*>(d));
+  return Each<NaNs::kPassedOn>(kAbs, d, n, static_cast<const double*>(d));
 }
 EngStatus SqrF32(const float* s, float* d, int n) {
   return Each(kSqr, d, n, s);
@@ -565,19 +571,16 @@ EngStatus LnF32Prec11(const float* s, float* d, int n) {
   return Each(LnF32Op<LnF32Class::kBits11>{}, d, n, s);
 }
 EngStatus LnF64(const double* s, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(LnF64Op{&next}, d, n, s);
+  return Each<NaNs::kPassedOn>(LnF64Op{}, d, n, s);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
   return Each(PowF32Op{}, d, n, base, exponent);
 }
 EngStatus PowF64(const double* base, const double* exponent, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(PowF64Op<PowClass::kAccurate>{&next}, d, n, base, exponent);
+  return Each(PowF64Op<PowClass::kAccurate>{}, d, n, base, exponent);
 }
 EngStatus PowF64Prec26(const double* base, const double* exponent, double* d, int n) {
-  std::ptrdiff_t next = 0;
-  return Each(PowF64Op<PowClass::kLight>{&next}, d, n, base, exponent);
+  return Each(PowF64Op<PowClass::kLight>{}, d, n, base, exponent);
 }
 
 }  // namespace zal::engine::ZAL_LEVEL

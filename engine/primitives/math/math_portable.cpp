@@ -6,36 +6,49 @@
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "engine/core/error_hook.h"
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
 
-template <class T, class F>
+// Every NaN a function computes is the default NaN, except where it only moves one (Abs) or
+// passes it on quietened by contract (the double Ln).
+enum class NaNs { kDefault, kPassedOn };
+
+template <class T>
+T Result(T x, NaNs nans) {
+  return nans == NaNs::kDefault ? DefaultNaN(x) : x;
+}
+
+template <NaNs kNaNs = NaNs::kDefault, class T, class F>
 EngStatus Each(F f, const T* s, T* d, int n) {
   if (const EngStatus status = Check(n, s, d)) return status;
-  for (int i = 0; i < n; ++i) d[i] = f(s[i], i);
+  for (int i = 0; i < n; ++i) d[i] = Result(f(s[i], i), kNaNs);
   return engStsNoErr;
 }
 
 template <class T, class F>
 EngStatus EachPair(F f, const T* a, const T* b, T* d, int n) {
   if (const EngStatus status = Check(n, a, b, d)) return status;
-  for (int i = 0; i < n; ++i) d[i] = f(a[i], b[i], i);
+  for (int i = 0; i < n; ++i) d[i] = DefaultNaN(f(a[i], b[i], i));
   return engStsNoErr;
 }
 
-// Halves away from zero; the sign survives a zero result.
+// Halves away from zero; the sign survives a zero result. Truncation and the fraction's
+// subtraction are exact, so no rounding mode matters.
 template <class T>
 T RoundHalfAway(T x) {
   const T magnitude = std::fabs(x);
-  T r = std::nearbyint(magnitude);
-  if (magnitude - r == T(0.5)) r += 1;
+  const T whole = std::trunc(magnitude);
+  const T r = magnitude - whole >= T(0.5) ? whole + 1 : whole;
   return std::copysign(r, x);
 }
 
@@ -59,7 +72,10 @@ double LnDouble(double x, int i) {
     return -std::numeric_limits<double>::infinity();
   }
   if (x == std::numeric_limits<double>::infinity()) return x;
-  if (std::isnan(x)) return x * 1.0;
+  // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+  if (std::isnan(x)) {
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) | 0x0008000000000000u);
+  }
   if (x < 0) {
     ReportMathError(i, engStsDomain, "Ln64");
     return -std::numeric_limits<double>::quiet_NaN();
@@ -84,10 +100,10 @@ double PowDouble(double x, double y, int i) {
 }  // namespace
 
 EngStatus AbsF32(const float* s, float* d, int n) {
-  return Each([](float x, int) { return std::fabs(x); }, s, d, n);
+  return Each<NaNs::kPassedOn>([](float x, int) { return std::fabs(x); }, s, d, n);
 }
 EngStatus AbsF64(const double* s, double* d, int n) {
-  return Each([](double x, int) { return std::fabs(x); }, s, d, n);
+  return Each<NaNs::kPassedOn>([](double x, int) { return std::fabs(x); }, s, d, n);
 }
 EngStatus AbsF32InPlace(float* d, int n) {
   return AbsF32(d, d, n);
@@ -154,7 +170,7 @@ EngStatus LnF32Prec11(const float* s, float* d, int n) {
   return LnF32(s, d, n);
 }
 EngStatus LnF64(const double* s, double* d, int n) {
-  return Each(LnDouble, s, d, n);
+  return Each<NaNs::kPassedOn>(LnDouble, s, d, n);
 }
 EngStatus PowF32(const float* base, const float* exponent, float* d, int n) {
   return EachPair(

@@ -116,9 +116,9 @@ template <class T>
 ZAL_INLINE EngStatus Mean(const T* src, int n, T* result, bool accurate) {
   if (const EngStatus status = Check(n, src, result)) return status;
   if (accurate) {
-    *result = static_cast<T>(SumOf<double>(src, n) / n);
+    *result = DefaultNaN(static_cast<T>(SumOf<double>(src, n) / n));
   } else {
-    *result = SumOf<T>(src, n) / static_cast<T>(n);
+    *result = DefaultNaN(SumOf<T>(src, n) / static_cast<T>(n));
   }
   return engStsNoErr;
 }
@@ -255,31 +255,31 @@ ZAL_INLINE EngStatus ExtremeIndex(const float* src, int n, float* value, int* in
 template <class T>
 ZAL_INLINE EngStatus NormL1(const T* src, int n, T* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = FixedOrderSum<T>(
+  *result = DefaultNaN(FixedOrderSum<T>(
       n, [src](std::ptrdiff_t i) { return And(Load(src + i), Broadcast(kAllButSign<T>)); },
-      [src](std::ptrdiff_t i) { return Magnitude(src[i]); });
+      [src](std::ptrdiff_t i) { return Magnitude(src[i]); }));
   return engStsNoErr;
 }
 
 template <class T>
 ZAL_INLINE EngStatus NormL2(const T* src, int n, T* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = SquareRoot(FixedOrderSum<T>(
+  *result = DefaultNaN(SquareRoot(FixedOrderSum<T>(
       n,
       [src](std::ptrdiff_t i) {
         const auto x = Load(src + i);
         return x * x;
       },
-      [src](std::ptrdiff_t i) { return src[i] * src[i]; }));
+      [src](std::ptrdiff_t i) { return src[i] * src[i]; })));
   return engStsNoErr;
 }
 
 template <class T>
 ZAL_INLINE EngStatus DotProduct(const T* a, const T* b, int n, T* result) {
   if (const EngStatus status = Check(n, a, b, result)) return status;
-  *result = FixedOrderSum<T>(
+  *result = DefaultNaN(FixedOrderSum<T>(
       n, [a, b](std::ptrdiff_t i) { return Load(a + i) * Load(b + i); },
-      [a, b](std::ptrdiff_t i) { return a[i] * b[i]; });
+      [a, b](std::ptrdiff_t i) { return a[i] * b[i]; }));
   return engStsNoErr;
 }
 
@@ -289,13 +289,13 @@ ZAL_INLINE EngStatus DotProduct(const T* a, const T* b, int n, T* result) {
 
 EngStatus SumF32(const float* src, int n, float* result, int hint) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result =
-      hint == kAccurateHint ? static_cast<float>(SumOf<double>(src, n)) : SumOf<float>(src, n);
+  *result = DefaultNaN(hint == kAccurateHint ? static_cast<float>(SumOf<double>(src, n))
+                                             : SumOf<float>(src, n));
   return engStsNoErr;
 }
 EngStatus SumF64(const double* src, int n, double* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = SumOf<double>(src, n);
+  *result = DefaultNaN(SumOf<double>(src, n));
   return engStsNoErr;
 }
 EngStatus MeanF32(const float* src, int n, float* result, int hint) {
@@ -306,13 +306,13 @@ EngStatus MeanF64(const double* src, int n, double* result) {
 }
 EngStatus StdDevF32(const float* src, int n, float* result, int hint) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result =
-      hint == kAccurateHint ? StandardDeviation<double>(src, n) : StandardDeviation<float>(src, n);
+  *result = DefaultNaN(hint == kAccurateHint ? StandardDeviation<double>(src, n)
+                                             : StandardDeviation<float>(src, n));
   return engStsNoErr;
 }
 EngStatus StdDevF64(const double* src, int n, double* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = StandardDeviation<double>(src, n);
+  *result = DefaultNaN(StandardDeviation<double>(src, n));
   return engStsNoErr;
 }
 

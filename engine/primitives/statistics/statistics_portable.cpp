@@ -13,6 +13,7 @@
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
@@ -84,29 +85,30 @@ EngStatus ExtremeWithIndex(const float* src, int n, float* value, int* index) {
 template <class T>
 EngStatus NormL1(const T* src, int n, T* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = FixedOrderSum<T>(n, [src](std::ptrdiff_t i) { return Magnitude(src[i]); });
+  *result = DefaultNaN(FixedOrderSum<T>(n, [src](std::ptrdiff_t i) { return Magnitude(src[i]); }));
   return engStsNoErr;
 }
 
 template <class T>
 EngStatus NormL2(const T* src, int n, T* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = std::sqrt(FixedOrderSum<T>(n, [src](std::ptrdiff_t i) { return src[i] * src[i]; }));
+  *result = DefaultNaN(
+      std::sqrt(FixedOrderSum<T>(n, [src](std::ptrdiff_t i) { return src[i] * src[i]; })));
   return engStsNoErr;
 }
 
 template <class T>
 EngStatus DotProduct(const T* a, const T* b, int n, T* result) {
   if (const EngStatus status = Check(n, a, b, result)) return status;
-  *result = FixedOrderSum<T>(n, [a, b](std::ptrdiff_t i) { return a[i] * b[i]; });
+  *result = DefaultNaN(FixedOrderSum<T>(n, [a, b](std::ptrdiff_t i) { return a[i] * b[i]; }));
   return engStsNoErr;
 }
 
 template <class T>
 EngStatus Mean(const T* src, int n, T* result, bool accurate) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result =
-      accurate ? static_cast<T>(SumOf<double>(src, n) / n) : SumOf<T>(src, n) / static_cast<T>(n);
+  *result = DefaultNaN(accurate ? static_cast<T>(SumOf<double>(src, n) / n)
+                                : SumOf<T>(src, n) / static_cast<T>(n));
   return engStsNoErr;
 }
 
@@ -116,13 +118,13 @@ EngStatus Mean(const T* src, int n, T* result, bool accurate) {
 
 EngStatus SumF32(const float* src, int n, float* result, int hint) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result =
-      hint == kAccurateHint ? static_cast<float>(SumOf<double>(src, n)) : SumOf<float>(src, n);
+  *result = DefaultNaN(hint == kAccurateHint ? static_cast<float>(SumOf<double>(src, n))
+                                             : SumOf<float>(src, n));
   return engStsNoErr;
 }
 EngStatus SumF64(const double* src, int n, double* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = SumOf<double>(src, n);
+  *result = DefaultNaN(SumOf<double>(src, n));
   return engStsNoErr;
 }
 EngStatus MeanF32(const float* src, int n, float* result, int hint) {
@@ -133,13 +135,13 @@ EngStatus MeanF64(const double* src, int n, double* result) {
 }
 EngStatus StdDevF32(const float* src, int n, float* result, int hint) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result =
-      hint == kAccurateHint ? StandardDeviation<double>(src, n) : StandardDeviation<float>(src, n);
+  *result = DefaultNaN(hint == kAccurateHint ? StandardDeviation<double>(src, n)
+                                             : StandardDeviation<float>(src, n));
   return engStsNoErr;
 }
 EngStatus StdDevF64(const double* src, int n, double* result) {
   if (const EngStatus status = Check(n, src, result)) return status;
-  *result = StandardDeviation<double>(src, n);
+  *result = DefaultNaN(StandardDeviation<double>(src, n));
   return engStsNoErr;
 }
 

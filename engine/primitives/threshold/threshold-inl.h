@@ -48,14 +48,13 @@ ZAL_INLINE EngStatus InvertReal(T* p, int n, T level) {
   if (!(level > 0)) return engStsThreshNegLevelErr;
   const T limit = T(1) / level;
   const T epsilon = static_cast<T>(kInversionEpsilon);
-  Map<false>(
-      [level, limit, epsilon](auto x) {
-        const auto inverse = Broadcast(T(1)) / x;
-        const auto limited =
-            Select(Magnitude(x) < Broadcast(level), Or(Broadcast(limit), SignOf(x)), inverse);
-        return Select(x * x <= Broadcast(epsilon), Broadcast(limit), limited);
-      },
-      p, n, p);
+  Map<false>(WithDefaultNaN{[level, limit, epsilon](auto x) {
+               const auto inverse = Broadcast(T(1)) / x;
+               const auto limited = Select(Magnitude(x) < Broadcast(level),
+                                           Or(Broadcast(limit), SignOf(x)), inverse);
+               return Select(x * x <= Broadcast(epsilon), Broadcast(limit), limited);
+             }},
+             p, n, p);
   return engStsNoErr;
 }
 
@@ -70,7 +69,7 @@ ZAL_INLINE EngStatus InvertComplex(C* p, int n, RealOf<C> level) {
   const R level_squared = level * level;
   const R epsilon = static_cast<R>(kInversionEpsilon);
   Map<false>(
-      [level, limit, level_squared, epsilon](auto z) {
+      WithDefaultNaN{[level, limit, level_squared, epsilon](auto z) {
         const auto squares = z.v * z.v;
         const auto norm = squares + SwapPairs(squares);
         const auto conjugate = Xor(z.v, BroadcastPair(R(0), R(-0.0)));
@@ -78,7 +77,7 @@ ZAL_INLINE EngStatus InvertComplex(C* p, int n, RealOf<C> level) {
         const auto divisor = Select(norm < Broadcast(level_squared), limited, norm);
         const auto inverse = conjugate / divisor;
         return decltype(z){Select(norm <= Broadcast(epsilon), BroadcastPair(limit, R(0)), inverse)};
-      },
+      }},
       p, n, p);
   return engStsNoErr;
 }
@@ -90,7 +89,9 @@ ZAL_INLINE EngStatus Normalize(const T* src, T* dst, int n, T sub, T div) {
       sizeof(T) == 4 ? T(1.17549435082228750797e-38f) : T(2.22507385850720138309e-308);
   if ((div < 0 ? -div : div) < kSmallestNormal) return engStsDivByZeroErr;
   const T reciprocal = T(1) / div;
-  Map<false>([sub, reciprocal](auto x) { return (x - Broadcast(sub)) * Broadcast(reciprocal); },
+  Map<false>(WithDefaultNaN{[sub, reciprocal](auto x) {
+               return (x - Broadcast(sub)) * Broadcast(reciprocal);
+             }},
              dst, n, src);
   return engStsNoErr;
 }
@@ -119,8 +120,8 @@ ZAL_INLINE EngStatus VectorSlope(T* p, int n, T offset, T slope) {
     }
   };
   std::ptrdiff_t i = 0;
-  for (; i + kLanes <= n; i += kLanes) Store(p + i, at(i));
-  if (i < n) StoreN(p + i, at(i), static_cast<int>(n - i));
+  for (; i + kLanes <= n; i += kLanes) Store(p + i, DefaultNaN(at(i)));
+  if (i < n) StoreN(p + i, DefaultNaN(at(i)), static_cast<int>(n - i));
   return engStsNoErr;
 }
 

@@ -10,6 +10,7 @@
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 
 namespace zal::engine::portable {
 namespace {
@@ -52,7 +53,7 @@ EngStatus InvertReal(T* p, int n, T level) {
     } else if (std::fabs(x) < level) {
       p[i] = std::copysign(limit, x);
     } else {
-      p[i] = T(1) / x;
+      p[i] = DefaultNaN(T(1) / x);
     }
   }
   return engStsNoErr;
@@ -74,7 +75,7 @@ EngStatus InvertComplex(C* p, int n, RealOf<C> level) {
       continue;
     }
     const R divisor = norm < level * level ? std::sqrt(norm) * level : norm;
-    p[i] = {re / divisor, -im / divisor};
+    p[i] = {DefaultNaN(re / divisor), DefaultNaN(-im / divisor)};
   }
   return engStsNoErr;
 }
@@ -86,7 +87,7 @@ EngStatus Normalize(const T* src, T* dst, int n, T sub, T div) {
       sizeof(T) == 4 ? T(1.17549435082228750797e-38f) : T(2.22507385850720138309e-308);
   if (std::fabs(div) < kSmallestNormal) return engStsDivByZeroErr;
   const T reciprocal = T(1) / div;
-  for (int i = 0; i < n; ++i) dst[i] = (src[i] - sub) * reciprocal;
+  for (int i = 0; i < n; ++i) dst[i] = DefaultNaN((src[i] - sub) * reciprocal);
   return engStsNoErr;
 }
 
@@ -94,7 +95,7 @@ template <class T>
 EngStatus VectorSlope(T* p, int n, T offset, T slope) {
   if (const EngStatus status = Check(n, p)) return status;
   for (int i = 0; i < n; ++i) {
-    p[i] = static_cast<T>(static_cast<double>(offset) + static_cast<double>(slope) * i);
+    p[i] = DefaultNaN(static_cast<T>(static_cast<double>(offset) + static_cast<double>(slope) * i));
   }
   return engStsNoErr;
 }

@@ -36,12 +36,12 @@ std::uint64_t AllowedUlps(engine::Accuracy accuracy) {
   }
 }
 
-// Distance in representable values (+0 and -0 one apart), NaN matching only NaN. Results below
-// the normal range count as equal: flush-to-zero modes and the C library's subnormal paths may
-// round them differently.
+// Distance in representable values (+0 and -0 one apart), a NaN matching only the same NaN. Results
+// below the normal range count as equal: flush-to-zero modes and the C library's subnormal paths
+// may round them differently.
 template <class T>
 bool WithinUlps(T expected, T got, std::uint64_t allowed) {
-  if (std::isnan(expected) || std::isnan(got)) return std::isnan(expected) && std::isnan(got);
+  if (std::isnan(expected) || std::isnan(got)) return SameBits(expected, got);
   if (std::fabs(expected) < std::numeric_limits<T>::min() &&
       std::fabs(got) < std::numeric_limits<T>::min()) {
     return true;

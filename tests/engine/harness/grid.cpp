@@ -1,6 +1,7 @@
 #include "tests/engine/harness/grid.h"
 
 #include <cstdio>
+#include <string>
 
 #include "engine/core/fp_support.h"
 #include "engine/core/streaming.h"
@@ -17,6 +18,9 @@ constexpr int kOffsetSweepLength = 150;
 constexpr int kOffsetLengths[] = {1, 13, 77};
 constexpr int kDenormalLengths[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 33, 64, 193};
 constexpr int kLongLengths[] = {1000, 4099, 65537};
+// Other rounding modes only change how results round, which the lanes and tails of a few lengths
+// show as well as the whole grid would.
+constexpr int kRoundingLengths[] = {1, 3, 7, 16, 33, 193};
 
 std::uint64_t Fnv1a(const char* text) {
   std::uint64_t hash = 0xcbf29ce484222325;
@@ -54,7 +58,10 @@ class GridBuilder {
     EveryOffsetPair();
     EveryOffsetAtFewLengths();
     EveryVariant();
-    if (shape_.floating) UnderDenormalModes();
+    if (shape_.floating) {
+      UnderDenormalModes();
+      UnderRoundingModes();
+    }
     LongLengths();
     StreamingLengths();
     return std::move(cases_);
@@ -116,6 +123,18 @@ class GridBuilder {
     }
   }
 
+  // The directed modes, and one of them with both denormal modes on.
+  void UnderRoundingModes() {
+    const unsigned denormals =
+        engine::ProcessorHasDenormalsAreZero() ? kFlushToZero | kDenormalsAreZero : kFlushToZero;
+    for (unsigned mode : {kRoundDown, kRoundUp, kRoundTowardZero, kRoundUp | denormals}) {
+      for (int n : kRoundingLengths) {
+        Add(n, 0, 0, 0, Aliasing::kNone, ValueProfile::kModerate, mode, n);
+        Add(n, 0, 0, 0, Aliasing::kNone, ValueProfile::kSpecial, mode, n + 1);
+      }
+    }
+  }
+
   // Aligned and misaligned, and each aliasing once.
   void LongLengths() {
     for (int n : kLongLengths) {
@@ -148,16 +167,12 @@ class GridBuilder {
   std::vector<Case> cases_;
 };
 
-const char* ModesName(unsigned modes) {
-  switch (modes) {
-    case kFlushToZero:
-      return "FTZ";
-    case kDenormalsAreZero:
-      return "DAZ";
-    case kFlushToZero | kDenormalsAreZero:
-      return "FTZ DAZ";
-  }
-  return "default";
+std::string ModesName(unsigned modes) {
+  static const char* const kRounding[] = {"to nearest", "down", "up", "toward zero"};
+  std::string name = std::string("rounding ") + kRounding[(modes & kRoundingControl) >> 13];
+  if (modes & kFlushToZero) name += ", FTZ";
+  if (modes & kDenormalsAreZero) name += ", DAZ";
+  return name;
 }
 
 }  // namespace
@@ -172,7 +187,7 @@ std::string Describe(const Case& c) {
                 "n %d, byte offsets dst %d first %d second %d, %s, %s values, MXCSR %s, "
                 "variant %d, seed 0x%016llx",
                 c.n, c.dst_offset, c.source_offsets[0], c.source_offsets[1],
-                AliasingName(c.aliasing), ProfileName(c.profile), ModesName(c.denormal_modes),
+                AliasingName(c.aliasing), ProfileName(c.profile), ModesName(c.fp_modes).c_str(),
                 c.variant, static_cast<unsigned long long>(c.seed));
   return text;
 }

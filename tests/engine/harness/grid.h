@@ -1,4 +1,5 @@
-// The cases every row runs at every level: lengths, offsets, aliasing, values and denormal modes.
+// The cases every row runs at every level: lengths, offsets, aliasing, values, and denormal and
+// rounding modes.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +27,8 @@ struct Case {
   int source_offsets[2];
   Aliasing aliasing;
   ValueProfile profile;
-  unsigned denormal_modes;  // MXCSR FTZ and DAZ bits in force during the call
-  int variant;              // picks the constant operand and the scale, where the shape has them
+  unsigned fp_modes;  // MXCSR FTZ, DAZ and rounding control bits in force during the call
+  int variant;        // picks the constant operand and the scale, where the shape has them
   std::uint64_t seed;
 };
 

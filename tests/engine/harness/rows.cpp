@@ -1,5 +1,7 @@
 #include "tests/engine/harness/rows.h"
 
+#include <string_view>
+
 #include "engine/core/cpu_features.h"
 #include "engine/core/dispatch.h"
 #include "engine/core/level.h"
@@ -18,8 +20,25 @@ Shape* Kernel(int level) {
 
 template <class Driver, class Shape, auto kTable, Shape* kPortableVariant>
 void MatchPortableAt(const Row& row, int level) {
-  RowRunner<Driver>::MatchPortable(row.accuracy, Kernel<Shape, kTable>(level), kPortableVariant,
-                                   RowRunner<Driver>::Grid(row.name));
+  RowRunner<Driver>::MatchPortable(row.accuracy, row.rounding, Kernel<Shape, kTable>(level),
+                                   kPortableVariant, RowRunner<Driver>::Grid(row.name));
+}
+
+// By name: the families whose every result is exact (absolute values, rounding, extremes,
+// thresholds and elementwise selections, and the scaled integer product, which rounds to nearest
+// by its own rule), and those that approximate transcendental functions.
+Rounding RoundingOf(std::string_view name) {
+  constexpr std::string_view kIndependent[] = {"Abs", "Round",     "Min",
+                                               "Max", "Threshold", "MulConstantScaled"};
+  constexpr std::string_view kNearestOnly[] = {
+      "Exp", "Ln", "PowF", "InverseF64Prec26", "CartToPolar", "PolarToCart"};
+  for (std::string_view prefix : kIndependent) {
+    if (name.starts_with(prefix)) return Rounding::kIndependent;
+  }
+  for (std::string_view prefix : kNearestOnly) {
+    if (name.starts_with(prefix)) return Rounding::kNearestOnly;
+  }
+  return Rounding::kFollowsMode;
 }
 
 template <class Driver, class Shape, auto kTable, Shape* kPortableVariant>
@@ -32,9 +51,13 @@ void RefuseBadArgumentsAt(int level) {
 template <Accuracy kAccuracy, class Driver, class Shape, auto kTable, Shape* kPortableVariant>
 Row MakeRow(const char* family, const char* name) {
   if constexpr (kAccuracy == Accuracy::kService) {
-    return {family, name, kAccuracy, nullptr, nullptr};
+    return {family, name, kAccuracy, Rounding::kFollowsMode, nullptr, nullptr};
   } else {
-    return {family, name, kAccuracy, &MatchPortableAt<Driver, Shape, kTable, kPortableVariant>,
+    return {family,
+            name,
+            kAccuracy,
+            RoundingOf(name),
+            &MatchPortableAt<Driver, Shape, kTable, kPortableVariant>,
             &RefuseBadArgumentsAt<Driver, Shape, kTable, kPortableVariant>};
   }
 }

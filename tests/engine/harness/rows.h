@@ -9,10 +9,25 @@
 
 namespace zal::test::harness {
 
+// How a row's results relate to the caller's rounding mode.
+enum class Rounding {
+  // Every result exact (moves, sign changes, selections, Round): the same bits under every mode,
+  // so a kernel under any mode must give the portable variant's results under rounding to nearest.
+  kIndependent,
+  // A fixed sequence of IEEE operations, each rounded by the mode: a kernel must give the
+  // portable variant's results under the same mode.
+  kFollowsMode,
+  // Approximations (exponentials, logarithms, powers, trigonometry) whose accuracy holds under
+  // rounding to nearest only: under other modes only the status, the untouched memory around the
+  // results and the mode are checked.
+  kNearestOnly,
+};
+
 struct Row {
   const char* family;
   const char* name;
   engine::Accuracy accuracy;
+  Rounding rounding;
   // Runs the grid through the row's kernel at `level` against its portable variant, reporting
   // through GoogleTest.
   void (*match_portable)(const Row& row, int level);

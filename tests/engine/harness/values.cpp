@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <type_traits>
 
@@ -47,6 +48,16 @@ F FromBits(Random& random, unsigned low, unsigned high) {
 template <class F>
 constexpr unsigned kBias = std::numeric_limits<F>::max_exponent - 1;
 
+// A NaN of either sign with a payload in its low mantissa bits, so that a result whose NaN came
+// from the wrong operand, or kept a payload, shows.
+template <class F>
+F NaNWithPayload(bool negative, unsigned payload) {
+  using Bits = std::conditional_t<sizeof(F) == 4, std::uint32_t, std::uint64_t>;
+  const Bits sign = Bits{negative} << (8 * sizeof(F) - 1);
+  return std::bit_cast<F>(
+      static_cast<Bits>(sign | std::bit_cast<Bits>(std::numeric_limits<F>::quiet_NaN()) | payload));
+}
+
 // Magnitudes 2^-8 .. 2^9.
 template <class F>
 F Moderate(Random& random) {
@@ -70,6 +81,8 @@ F Special(Random& random) {
       Limits::quiet_NaN(),
       -Limits::quiet_NaN(),
       Limits::signaling_NaN(),
+      NaNWithPayload<F>(false, 1),
+      NaNWithPayload<F>(true, 2),
       Limits::denorm_min(),
       -Limits::denorm_min(),
       Limits::min() / 3,
@@ -151,7 +164,7 @@ F RealConstant(int variant, ValueProfile profile, Random& random) {
                      F{3},
                      Limits::infinity(),
                      -Limits::infinity(),
-                     Limits::quiet_NaN(),
+                     NaNWithPayload<F>(true, 3),
                      Limits::denorm_min(),
                      Limits::max(),
                      Limits::min()};
