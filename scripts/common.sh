@@ -25,3 +25,32 @@ ZAL_BUILD_PACKAGES=(g++ cmake ninja-build binutils git)
 ZAL_MATH_PACKAGES=(libmpfr-dev libsleef-dev)
 # The transforms' test oracle and benchmark peer.
 ZAL_FFT_PACKAGES=(libfftw3-dev)
+
+# The libFuzzer targets, built by a tree configured with -DZAL_BUILD_FUZZ=ON.
+ZAL_FUZZ_TARGETS=(utility transform)
+
+# run_fuzz_targets DIR SECONDS: runs each fuzz target of build tree DIR for SECONDS from a copy of
+# its seed corpus (the checked-in corpus is never written). A broken promise, a sanitizer report
+# or a leak stops the run with the input saved under DIR/fuzz-artifacts, and fails.
+run_fuzz_targets() {
+  local dir=$1 seconds=$2
+  local artifacts="$dir/fuzz-artifacts"
+  mkdir -p "$artifacts"
+  for target in "${ZAL_FUZZ_TARGETS[@]}"; do
+    local corpus
+    corpus=$(mktemp -d)
+    cp "$ZAL_ROOT/tests/fuzz/corpus/$target/"* "$corpus/"
+    echo "-- fuzzing $target for ${seconds}s"
+    if ! LSAN_OPTIONS="suppressions=$ZAL_ROOT/tests/fuzz/lsan.supp" \
+      "$dir/tests/fuzz/zal_${target}_fuzz" -max_total_time="$seconds" -rss_limit_mb=4096 \
+      -timeout=60 -print_final_stats=1 -artifact_prefix="$artifacts/$target-" "$corpus" \
+      >"$artifacts/$target.log" 2>&1; then
+      rm -rf "$corpus"
+      grep -E -A2 'broken promise|ERROR|runtime error' "$artifacts/$target.log" | head -40
+      echo "fuzz target $target failed: log and input in $artifacts"
+      return 1
+    fi
+    rm -rf "$corpus"
+    grep -E 'stat::number_of_executed_units' "$artifacts/$target.log"
+  done
+}
