@@ -144,7 +144,7 @@ class KindCall {
     if (null_choice < 20) plan_.null_pointer = null_choice % (2 * K::kSides + 1);
     plan_.null_work = input.ConsumeIntegral<std::uint8_t>() < 16;
     plan_.free_twice = input.ConsumeBool();
-    const std::size_t n = Runs() ? std::size_t{1} << plan_.order : 8;
+    const std::size_t n = Points();
     for (int i = 0; i < 2 * K::kSides; ++i) {
       plan_.offsets.push_back(DrawOffset(input, sizeof(T)));
       const bool source = i < K::kSides;
@@ -160,6 +160,8 @@ class KindCall {
 
  private:
   bool Runs() const { return plan_.order <= kLargestRunOrder; }
+  // Points of the arrays: a few where the order has no transform to run.
+  std::size_t Points() const { return Runs() ? std::size_t{1} << plan_.order : 8; }
 
   static void Prepare(State** state, unsigned order) {
     *state = nullptr;
@@ -199,7 +201,7 @@ class KindCall {
       work = std::make_unique<Buffer>(Lane::kByte, state->workSize, 0);
     }
     Arrays arrays = Allocate();
-    const std::size_t n = std::size_t{1} << plan_.order;
+    const std::size_t n = Points();
     std::vector<std::vector<unsigned char>> before;
     for (const auto& buffer : arrays.buffers) before.push_back(buffer->Contents());
 
@@ -237,7 +239,7 @@ class KindCall {
 
   Arrays Allocate() const {
     Arrays arrays;
-    const std::size_t n = Runs() ? std::size_t{1} << plan_.order : 8;
+    const std::size_t n = Points();
     for (int i = 0; i < 2 * K::kSides; ++i) {
       const bool source = i < K::kSides;
       if (!source && plan_.in_place) {
