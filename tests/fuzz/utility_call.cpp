@@ -99,7 +99,7 @@ void Call::Run() {
 
 void Call::RunAt(int level) {
   DescribeCall(
-      std::string(entry_.name) + " at level " + std::to_string(level) + ", " + mode_.Name() +
+      entry_.name + " at level " + std::to_string(level) + ", " + mode_.Name() +
       ", len " + std::to_string(length_.len) +
       (null_operand_ >= 0 ? ", operand " + std::to_string(null_operand_) + " null" : "") +
       (alias_source_ >= 0 ? ", source " + std::to_string(alias_source_) + " in place" : ""));

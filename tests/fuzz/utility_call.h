@@ -73,13 +73,14 @@ enum class Reports { kNone, kLn64, kPow64 };
 
 class Call;
 
+// One function of the table: its operands in argument order and what its header promises.
 struct Entry {
-  const char* name;
+  std::string name;
   std::vector<Operand> operands;
-  unsigned alias_sources;  // bit i: source operand i may be the destination buffer itself
-  Agreement agreement;
-  NanRule nan;
   void (*invoke)(Call&);
+  unsigned alias_sources = 0;  // bit i: source operand i may be the destination buffer itself
+  Agreement agreement = Agreement::kBits;
+  NanRule nan = NanRule::kComputed;
   Reports reports = Reports::kNone;
   bool sets_modes = false;  // changes the register on purpose: checks its own result
 };

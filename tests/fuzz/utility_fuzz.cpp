@@ -23,9 +23,9 @@ using CF = std::complex<float>;
 using CD = std::complex<double>;
 
 constexpr Agreement kBits = Agreement::kBits;
+constexpr Agreement kUlps = Agreement::kUlps;
 constexpr NanRule kComputed = NanRule::kComputed;
 constexpr NanRule kPassed = NanRule::kPassed;
-constexpr unsigned kNoAlias = 0;
 constexpr unsigned kFirst = 1;
 constexpr unsigned kEither = 3;
 
@@ -34,118 +34,13 @@ bool IsZero(T value) {
   return value == T{};
 }
 
-// ---- Arithmetic ---------------------------------------------------------------------------------
-
-#define ZAL_FUZZ_BINARY_NAN(Name, T, nan)                                              \
-  Entry {                                                                              \
-#Name "/" #T, {In < T>(), In < T>(), Out < T>() }, kEither, kBits, nan,            \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); } \
-  }
-#define ZAL_FUZZ_IN_PLACE_NAN(Name, T, nan)                                 \
-  Entry {                                                                   \
-#Name "/" #T, {In < T>(), InOut < T>() }, kNoAlias, kBits, nan,         \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.P<T>(1)); } \
-  }
-#define ZAL_FUZZ_BINARY(Name, T) ZAL_FUZZ_BINARY_NAN(Name, T, kComputed)
-#define ZAL_FUZZ_IN_PLACE(Name, T) ZAL_FUZZ_IN_PLACE_NAN(Name, T, kComputed)
-#define ZAL_FUZZ_CONSTANT_FIRST(Name, T)                                               \
-  Entry {                                                                              \
-#Name "/" #T, {In < T>(), Out < T>() }, kFirst, kBits, kComputed,                  \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.S<T>(0), c.P<T>(1)); } \
-  }
-#define ZAL_FUZZ_CONSTANT_LAST(Name, T)                                                \
-  Entry {                                                                              \
-#Name "/" #T, {In < T>(), Out < T>() }, kFirst, kBits, kComputed,                  \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0)); } \
-  }
-#define ZAL_FUZZ_CONSTANT_IN_PLACE(Name, T)                                 \
-  Entry {                                                                   \
-#Name "/" #T, {InOut < T>() }, kNoAlias, kBits, kComputed,              \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.S<T>(0)); } \
-  }
-
-#define ZAL_FUZZ_ARITHMETIC(T)                                                                    \
-  ZAL_FUZZ_BINARY(Add, T), ZAL_FUZZ_BINARY(Sub, T), ZAL_FUZZ_BINARY(Mul, T),                      \
-      ZAL_FUZZ_BINARY(Div, T), Entry{"AddProduct/" #T,                                            \
-                                     {In<T>(), In<T>(), InOut<T>()},                              \
-                                     kEither,                                                     \
-                                     kBits,                                                       \
-                                     kComputed,                                                   \
-                                     [](Call& c) { u::AddProduct(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); }},                                            \
-      ZAL_FUZZ_IN_PLACE(Add_InPlace, T), ZAL_FUZZ_IN_PLACE(Sub_InPlace, T),                       \
-      ZAL_FUZZ_IN_PLACE(Mul_InPlace, T), ZAL_FUZZ_IN_PLACE(Div_InPlace, T),                       \
-      ZAL_FUZZ_CONSTANT_FIRST(AddConstant, T), ZAL_FUZZ_CONSTANT_FIRST(SubConstant, T),           \
-      ZAL_FUZZ_CONSTANT_FIRST(SubConstantRev, T), ZAL_FUZZ_CONSTANT_LAST(MulConstant, T),         \
-      ZAL_FUZZ_CONSTANT_LAST(DivConstant, T), ZAL_FUZZ_CONSTANT_IN_PLACE(AddConstant_InPlace, T), \
-      ZAL_FUZZ_CONSTANT_IN_PLACE(SubConstant_InPlace, T),                                         \
-      ZAL_FUZZ_CONSTANT_IN_PLACE(SubConstantRev_InPlace, T),                                      \
-      ZAL_FUZZ_CONSTANT_IN_PLACE(MulConstant_InPlace, T),                                         \
-      ZAL_FUZZ_CONSTANT_IN_PLACE(DivConstant_InPlace, T)
-
-// ---- Math ---------------------------------------------------------------------------------------
-
-#define ZAL_FUZZ_UNARY(Name, T, alias, agreement, nan)                      \
-  Entry {                                                                   \
-#Name "/" #T, {In < T>(), Out < T>() }, alias, agreement, nan,          \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0), c.P<T>(1)); } \
-  }
-#define ZAL_FUZZ_UNARY_IN_PLACE(Name, T, agreement, nan)         \
-  Entry {                                                        \
-#Name "/" #T, {InOut < T>() }, kNoAlias, agreement, nan,     \
-                   [](Call & c) { u::Name(c.len(), c.P<T>(0)); } \
-  }
-
-#define ZAL_FUZZ_MATH(T)                                                            \
-  ZAL_FUZZ_UNARY(Abs, T, kNoAlias, kBits, kPassed),                                 \
-      ZAL_FUZZ_UNARY(Sqr, T, kNoAlias, kBits, kComputed),                           \
-      ZAL_FUZZ_UNARY(Sqrt, T, kNoAlias, kBits, kComputed),                          \
-      ZAL_FUZZ_UNARY(Inverse, T, kNoAlias, kBits, kComputed),                       \
-      ZAL_FUZZ_UNARY(Round, T, kNoAlias, kBits, kComputed),                         \
-      ZAL_FUZZ_UNARY(Exp, T, kFirst, Agreement::kUlps, kComputed),                  \
-      ZAL_FUZZ_UNARY_IN_PLACE(Abs_InPlace, T, kBits, kPassed),                      \
-      ZAL_FUZZ_UNARY_IN_PLACE(Sqr_InPlace, T, kBits, kComputed),                    \
-      ZAL_FUZZ_UNARY_IN_PLACE(Sqrt_InPlace, T, kBits, kComputed),                   \
-      ZAL_FUZZ_UNARY_IN_PLACE(Exp_InPlace, T, Agreement::kUlps, kComputed), Entry { \
-    "Pow/" #T, {In<T>(), In<T>(), Out<T>()}, kNoAlias, Agreement::kUlps, kComputed, \
-        [](Call& c) { u::Pow(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); },          \
-        std::is_same_v<T, double> ? Reports::kPow64 : Reports::kNone                \
-  }
-
-// ---- Reductions ---------------------------------------------------------------------------------
+// ---- Calls with checks of their own -------------------------------------------------------------
 
 template <class R>
 void ReturnOrZero(Call& c, R value) {
   if (c.Refused()) Expect(IsZero(value), "a refused reduction returned other than 0");
   c.Return(value);
 }
-
-#define ZAL_FUZZ_REDUCTION(Name, T, nan)                                          \
-  Entry {                                                                         \
-#Name "/" #T, {In < T>() }, kNoAlias, kBits, nan,                             \
-                   [](Call & c) { ReturnOrZero(c, u::Name(c.len(), c.P<T>(0))); } \
-  }
-
-#define ZAL_FUZZ_REDUCTIONS(T)                                                                 \
-  ZAL_FUZZ_REDUCTION(Sum, T, kComputed), ZAL_FUZZ_REDUCTION(Mean, T, kComputed),               \
-      ZAL_FUZZ_REDUCTION(Min, T, kPassed), ZAL_FUZZ_REDUCTION(Max, T, kPassed),                \
-      ZAL_FUZZ_REDUCTION(NormL1, T, kComputed), ZAL_FUZZ_REDUCTION(NormL2, T, kComputed),      \
-      Entry{"DotProduct/" #T,                                                                  \
-            {In<T>(), In<T>()},                                                                \
-            kNoAlias,                                                                          \
-            kBits,                                                                             \
-            kComputed,                                                                         \
-            [](Call& c) { ReturnOrZero(c, u::DotProduct(c.len(), c.P<T>(0), c.P<T>(1))); }},                                                                  \
-      Entry {                                                                                  \
-    "StandardDeviation/" #T, {In<T>()}, kNoAlias, kBits, kComputed, [](Call& c) {              \
-      const T preset = c.S<T>(0);                                                              \
-      T out = preset;                                                                          \
-      u::StandardDeviation(c.len(), c.P<T>(0), out);                                           \
-      if (c.Refused()) {                                                                       \
-        Expect(std::memcmp(&out, &preset, sizeof(T)) == 0, "a refused call wrote its output"); \
-      }                                                                                        \
-      c.Return(out);                                                                           \
-    }                                                                                          \
-  }
 
 template <int (*kIndex)(unsigned int, const float*, float*)>
 void ExtremeIndex(Call& c) {
@@ -209,74 +104,6 @@ void EqualCall(Call& c) {
   }
   c.Return(equal);
 }
-
-// ---- Thresholds ---------------------------------------------------------------------------------
-
-#define ZAL_FUZZ_THRESHOLDS(T)                                                                    \
-  Entry{"Threshold_GT_InPlace/" #T,                                                               \
-        {InOut<T>()},                                                                             \
-        kNoAlias,                                                                                 \
-        kBits,                                                                                    \
-        kPassed,                                                                                  \
-        [](Call& c) { u::Threshold_GT_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }},                 \
-      Entry{"Threshold_LT_InPlace/" #T,                                                           \
-            {InOut<T>()},                                                                         \
-            kNoAlias,                                                                             \
-            kBits,                                                                                \
-            kPassed,                                                                              \
-            [](Call& c) { u::Threshold_LT_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }},             \
-      Entry{"Threshold_GTVal/" #T,                                                                \
-            {In<T>(), Out<T>()},                                                                  \
-            kFirst,                                                                               \
-            kBits,                                                                                \
-            kPassed,                                                                              \
-            [](Call& c) {                                                                         \
-              u::Threshold_GTVal(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1));            \
-            }},                                                                                   \
-      Entry{"Threshold_LTVal/" #T,                                                                \
-            {In<T>(), Out<T>()},                                                                  \
-            kFirst,                                                                               \
-            kBits,                                                                                \
-            kPassed,                                                                              \
-            [](Call& c) {                                                                         \
-              u::Threshold_LTVal(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1));            \
-            }},                                                                                   \
-      Entry{                                                                                      \
-          "Threshold_GTVal_InPlace/" #T,                                                          \
-          {InOut<T>()},                                                                           \
-          kNoAlias,                                                                               \
-          kBits,                                                                                  \
-          kPassed,                                                                                \
-          [](Call& c) { u::Threshold_GTVal_InPlace(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1)); }}, \
-      Entry{                                                                                      \
-          "Threshold_LTVal_InPlace/" #T,                                                          \
-          {InOut<T>()},                                                                           \
-          kNoAlias,                                                                               \
-          kBits,                                                                                  \
-          kPassed,                                                                                \
-          [](Call& c) { u::Threshold_LTVal_InPlace(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1)); }}, \
-      Entry{"Invert_Threshold_InPlace/" #T,                                                       \
-            {InOut<T>()},                                                                         \
-            kNoAlias,                                                                             \
-            kBits,                                                                                \
-            kComputed,                                                                            \
-            [](Call& c) {                                                                         \
-              c.NoOpIf(!(c.S<T>(0) > 0));                                                         \
-              u::Invert_Threshold_InPlace(c.len(), c.P<T>(0), c.S<T>(0));                         \
-            }},                                                                                   \
-      Entry{"Normalize/" #T,                                                                      \
-            {In<T>(), Out<T>()},                                                                  \
-            kFirst,                                                                               \
-            kBits,                                                                                \
-            kComputed,                                                                            \
-            [](Call& c) {                                                                         \
-              c.NoOpIf(std::fabs(c.S<T>(1)) < std::numeric_limits<T>::min());                     \
-              u::Normalize(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1));                  \
-            }},                                                                                   \
-      Entry {                                                                                     \
-    "VectorSlope/" #T, {Out<T>()}, kNoAlias, kBits, kComputed,                                    \
-        [](Call& c) { u::VectorSlope(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1)); }                 \
-  }
 
 template <class T>
 void InvertComplexCall(Call& c) {
@@ -345,212 +172,334 @@ void DenormalModesCall(Call& c) {
   Expect(ControlBits(after) == ControlBits(expected), "left the register other than promised");
 }
 
-// ---- The table ----------------------------------------------------------------------------------
+// ---- The table, family by family ---------------------------------------------------------------
+// The order is the table's: the spelled-out inputs of the corpus pick functions by position.
+
+template <class T>
+void AddArithmetic(std::vector<Entry>& table, const std::string& type) {
+  const std::vector<Operand> binary = {In<T>(), In<T>(), Out<T>()};
+  const std::vector<Operand> in_place = {In<T>(), InOut<T>()};
+  const std::vector<Operand> unary = {In<T>(), Out<T>()};
+  const std::vector<Operand> own = {InOut<T>()};
+  table.push_back({"Add/" + type, binary,
+                   [](Call& c) { u::Add(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); }, kEither});
+  table.push_back({"Sub/" + type, binary,
+                   [](Call& c) { u::Sub(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); }, kEither});
+  table.push_back({"Mul/" + type, binary,
+                   [](Call& c) { u::Mul(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); }, kEither});
+  table.push_back({"Div/" + type, binary,
+                   [](Call& c) { u::Div(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); }, kEither});
+  table.push_back({"AddProduct/" + type,
+                   {In<T>(), In<T>(), InOut<T>()},
+                   [](Call& c) { u::AddProduct(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); },
+                   kEither});
+  table.push_back({"Add_InPlace/" + type, in_place,
+                   [](Call& c) { u::Add_InPlace(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"Sub_InPlace/" + type, in_place,
+                   [](Call& c) { u::Sub_InPlace(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"Mul_InPlace/" + type, in_place,
+                   [](Call& c) { u::Mul_InPlace(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"Div_InPlace/" + type, in_place,
+                   [](Call& c) { u::Div_InPlace(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"AddConstant/" + type, unary,
+                   [](Call& c) { u::AddConstant(c.len(), c.P<T>(0), c.S<T>(0), c.P<T>(1)); },
+                   kFirst});
+  table.push_back({"SubConstant/" + type, unary,
+                   [](Call& c) { u::SubConstant(c.len(), c.P<T>(0), c.S<T>(0), c.P<T>(1)); },
+                   kFirst});
+  table.push_back({"SubConstantRev/" + type, unary,
+                   [](Call& c) { u::SubConstantRev(c.len(), c.P<T>(0), c.S<T>(0), c.P<T>(1)); },
+                   kFirst});
+  table.push_back({"MulConstant/" + type, unary,
+                   [](Call& c) { u::MulConstant(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0)); },
+                   kFirst});
+  table.push_back({"DivConstant/" + type, unary,
+                   [](Call& c) { u::DivConstant(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0)); },
+                   kFirst});
+  table.push_back({"AddConstant_InPlace/" + type, own,
+                   [](Call& c) { u::AddConstant_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }});
+  table.push_back({"SubConstant_InPlace/" + type, own,
+                   [](Call& c) { u::SubConstant_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }});
+  table.push_back({"SubConstantRev_InPlace/" + type, own,
+                   [](Call& c) { u::SubConstantRev_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }});
+  table.push_back({"MulConstant_InPlace/" + type, own,
+                   [](Call& c) { u::MulConstant_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }});
+  table.push_back({"DivConstant_InPlace/" + type, own,
+                   [](Call& c) { u::DivConstant_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }});
+}
+
+void AddArithmeticOthers(std::vector<Entry>& table) {
+  table.push_back(
+      {"AddConstantProduct/float",
+       {In<float>(), InOut<float>()},
+       [](Call& c) { u::AddConstantProduct(c.len(), c.P<float>(0), c.P<float>(1), c.S<float>(0)); },
+       kFirst});
+  table.push_back({"AddConstantProduct/double",
+                   {In<double>(), InOut<double>()},
+                   [](Call& c) {
+                     c.NoOpIf(true);
+                     u::AddConstantProduct(c.len(), c.P<double>(0), c.P<double>(1), c.S<double>(0));
+                   },
+                   kFirst});
+  table.push_back(
+      {"DivConstantRev/float",
+       {In<float>(), Out<float>()},
+       [](Call& c) { u::DivConstantRev(c.len(), c.S<float>(0), c.P<float>(0), c.P<float>(1)); },
+       kFirst});
+  table.push_back({"MulConstant_InPlace/short", {InOut<short>()}, [](Call& c) {
+                     u::MulConstant_InPlace(c.len(), c.P<short>(0), c.S<short>(0), c.scale());
+                   }});
+}
+
+template <class T>
+void AddMath(std::vector<Entry>& table, const std::string& type) {
+  const std::vector<Operand> unary = {In<T>(), Out<T>()};
+  const std::vector<Operand> own = {InOut<T>()};
+  table.push_back({"Abs/" + type, unary, [](Call& c) { u::Abs(c.len(), c.P<T>(0), c.P<T>(1)); }, 0,
+                   kBits, kPassed});
+  table.push_back({"Sqr/" + type, unary, [](Call& c) { u::Sqr(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"Sqrt/" + type, unary, [](Call& c) { u::Sqrt(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back(
+      {"Inverse/" + type, unary, [](Call& c) { u::Inverse(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back(
+      {"Round/" + type, unary, [](Call& c) { u::Round(c.len(), c.P<T>(0), c.P<T>(1)); }});
+  table.push_back({"Exp/" + type, unary, [](Call& c) { u::Exp(c.len(), c.P<T>(0), c.P<T>(1)); },
+                   kFirst, kUlps});
+  table.push_back({"Abs_InPlace/" + type, own, [](Call& c) { u::Abs_InPlace(c.len(), c.P<T>(0)); },
+                   0, kBits, kPassed});
+  table.push_back(
+      {"Sqr_InPlace/" + type, own, [](Call& c) { u::Sqr_InPlace(c.len(), c.P<T>(0)); }});
+  table.push_back(
+      {"Sqrt_InPlace/" + type, own, [](Call& c) { u::Sqrt_InPlace(c.len(), c.P<T>(0)); }});
+  table.push_back(
+      {"Exp_InPlace/" + type, own, [](Call& c) { u::Exp_InPlace(c.len(), c.P<T>(0)); }, 0, kUlps});
+  table.push_back({"Pow/" + type,
+                   {In<T>(), In<T>(), Out<T>()},
+                   [](Call& c) { u::Pow(c.len(), c.P<T>(0), c.P<T>(1), c.P<T>(2)); },
+                   0,
+                   kUlps,
+                   kComputed,
+                   std::is_same_v<T, double> ? Reports::kPow64 : Reports::kNone});
+}
+
+void AddMathOthers(std::vector<Entry>& table) {
+  const std::vector<Operand> unary = {In<float>(), Out<float>()};
+  table.push_back({"Ln/float", unary, [](Call& c) { u::Ln(c.len(), c.P<float>(0), c.P<float>(1)); },
+                   kFirst, kUlps});
+  table.push_back({"Ln/double",
+                   {In<double>(), Out<double>()},
+                   [](Call& c) { u::Ln(c.len(), c.P<double>(0), c.P<double>(1)); },
+                   kFirst,
+                   kUlps,
+                   kComputed,
+                   Reports::kLn64});
+  table.push_back({"Ln_InPlace/float",
+                   {InOut<float>()},
+                   [](Call& c) { u::Ln_InPlace(c.len(), c.P<float>(0)); },
+                   0,
+                   kUlps});
+  table.push_back({"Ln_Prec11/float", unary,
+                   [](Call& c) { u::Ln_Prec11(c.len(), c.P<float>(0), c.P<float>(1)); }, 0,
+                   Agreement::kPrec11});
+  table.push_back({"Ln_Prec21/float", unary,
+                   [](Call& c) { u::Ln_Prec21(c.len(), c.P<float>(0), c.P<float>(1)); }, 0,
+                   Agreement::kPrec21});
+  table.push_back({"Ln_Prec24/float", unary,
+                   [](Call& c) { u::Ln_Prec24(c.len(), c.P<float>(0), c.P<float>(1)); }, 0,
+                   Agreement::kPrec24});
+  table.push_back({"Inverse_Prec26/double",
+                   {In<double>(), Out<double>()},
+                   [](Call& c) { u::Inverse_Prec26(c.len(), c.P<double>(0), c.P<double>(1)); },
+                   0,
+                   Agreement::kPrec26});
+  table.push_back(
+      {"Pow_Prec26/double",
+       {In<double>(), In<double>(), Out<double>()},
+       [](Call& c) { u::Pow_Prec26(c.len(), c.P<double>(0), c.P<double>(1), c.P<double>(2)); },
+       0,
+       Agreement::kPrec26,
+       kComputed,
+       Reports::kPow64});
+}
+
+template <class T>
+void StandardDeviationCall(Call& c) {
+  const T preset = c.S<T>(0);
+  T out = preset;
+  u::StandardDeviation(c.len(), c.P<T>(0), out);
+  if (c.Refused()) {
+    Expect(std::memcmp(&out, &preset, sizeof(T)) == 0, "a refused call wrote its output");
+  }
+  c.Return(out);
+}
+
+template <class T>
+void AddReductions(std::vector<Entry>& table, const std::string& type) {
+  const std::vector<Operand> one = {In<T>()};
+  table.push_back(
+      {"Sum/" + type, one, [](Call& c) { ReturnOrZero(c, u::Sum(c.len(), c.P<T>(0))); }});
+  table.push_back(
+      {"Mean/" + type, one, [](Call& c) { ReturnOrZero(c, u::Mean(c.len(), c.P<T>(0))); }});
+  table.push_back({"Min/" + type, one, [](Call& c) { ReturnOrZero(c, u::Min(c.len(), c.P<T>(0))); },
+                   0, kBits, kPassed});
+  table.push_back({"Max/" + type, one, [](Call& c) { ReturnOrZero(c, u::Max(c.len(), c.P<T>(0))); },
+                   0, kBits, kPassed});
+  table.push_back(
+      {"NormL1/" + type, one, [](Call& c) { ReturnOrZero(c, u::NormL1(c.len(), c.P<T>(0))); }});
+  table.push_back(
+      {"NormL2/" + type, one, [](Call& c) { ReturnOrZero(c, u::NormL2(c.len(), c.P<T>(0))); }});
+  table.push_back({"DotProduct/" + type, {In<T>(), In<T>()}, [](Call& c) {
+                     ReturnOrZero(c, u::DotProduct(c.len(), c.P<T>(0), c.P<T>(1)));
+                   }});
+  table.push_back({"StandardDeviation/" + type, one, &StandardDeviationCall<T>});
+}
+
+void AddReductionOthers(std::vector<Entry>& table) {
+  const std::vector<Operand> one = {In<float>()};
+  table.push_back({"MinMax/float", one, &MinMaxCall, 0, kBits, kPassed});
+  table.push_back({"MinIndex/float", one, &ExtremeIndex<&u::MinIndex>, 0, kBits, kPassed});
+  table.push_back({"MaxIndex/float", one, &ExtremeIndex<&u::MaxIndex>, 0, kBits, kPassed});
+  table.push_back({"MinMaxIndex/float", one, &MinMaxIndexCall, 0, kBits, kPassed});
+  table.push_back({"MaxAbs/float", one, &MaxAbsCall});
+  table.push_back({"Equal/byte", {In<unsigned char>(), In<unsigned char>()}, &EqualCall});
+}
+
+template <class T>
+void AddThresholds(std::vector<Entry>& table, const std::string& type) {
+  const std::vector<Operand> own = {InOut<T>()};
+  const std::vector<Operand> unary = {In<T>(), Out<T>()};
+  table.push_back({"Threshold_GT_InPlace/" + type, own,
+                   [](Call& c) { u::Threshold_GT_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }, 0,
+                   kBits, kPassed});
+  table.push_back({"Threshold_LT_InPlace/" + type, own,
+                   [](Call& c) { u::Threshold_LT_InPlace(c.len(), c.P<T>(0), c.S<T>(0)); }, 0,
+                   kBits, kPassed});
+  table.push_back(
+      {"Threshold_GTVal/" + type, unary,
+       [](Call& c) { u::Threshold_GTVal(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1)); },
+       kFirst, kBits, kPassed});
+  table.push_back(
+      {"Threshold_LTVal/" + type, unary,
+       [](Call& c) { u::Threshold_LTVal(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1)); },
+       kFirst, kBits, kPassed});
+  table.push_back(
+      {"Threshold_GTVal_InPlace/" + type, own,
+       [](Call& c) { u::Threshold_GTVal_InPlace(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1)); }, 0,
+       kBits, kPassed});
+  table.push_back(
+      {"Threshold_LTVal_InPlace/" + type, own,
+       [](Call& c) { u::Threshold_LTVal_InPlace(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1)); }, 0,
+       kBits, kPassed});
+  table.push_back({"Invert_Threshold_InPlace/" + type, own, [](Call& c) {
+                     c.NoOpIf(!(c.S<T>(0) > 0));
+                     u::Invert_Threshold_InPlace(c.len(), c.P<T>(0), c.S<T>(0));
+                   }});
+  table.push_back({"Normalize/" + type, unary,
+                   [](Call& c) {
+                     c.NoOpIf(std::fabs(c.S<T>(1)) < std::numeric_limits<T>::min());
+                     u::Normalize(c.len(), c.P<T>(0), c.P<T>(1), c.S<T>(0), c.S<T>(1));
+                   },
+                   kFirst});
+  table.push_back({"VectorSlope/" + type, {Out<T>()}, [](Call& c) {
+                     u::VectorSlope(c.len(), c.P<T>(0), c.S<T>(0), c.S<T>(1));
+                   }});
+}
+
+void AddThresholdOthers(std::vector<Entry>& table) {
+  const std::vector<Operand> binary = {In<float>(), In<float>(), Out<float>()};
+  const std::vector<Operand> in_place = {In<float>(), InOut<float>()};
+  table.push_back(
+      {"Invert_Threshold_InPlace/complex float", {InOut<CF>()}, &InvertComplexCall<CF>});
+  table.push_back(
+      {"Invert_Threshold_InPlace/complex double", {InOut<CD>()}, &InvertComplexCall<CD>});
+  table.push_back({"Trim/float",
+                   {InOut<float>()},
+                   [](Call& c) {
+                     c.NoOpIf(c.S<float>(0) > c.S<float>(1));
+                     u::Trim(c.len(), c.P<float>(0), c.S<float>(0), c.S<float>(1));
+                   },
+                   0,
+                   kBits,
+                   kPassed});
+  table.push_back(
+      {"MinEvery/float", binary,
+       [](Call& c) { u::MinEvery(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2)); }, kEither,
+       kBits, kPassed});
+  table.push_back(
+      {"MaxEvery/float", binary,
+       [](Call& c) { u::MaxEvery(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2)); }, kEither,
+       kBits, kPassed});
+  table.push_back({"MinEvery_InPlace/float", in_place,
+                   [](Call& c) { u::MinEvery_InPlace(c.len(), c.P<float>(0), c.P<float>(1)); }, 0,
+                   kBits, kPassed});
+  table.push_back({"MaxEvery_InPlace/float", in_place,
+                   [](Call& c) { u::MaxEvery_InPlace(c.len(), c.P<float>(0), c.P<float>(1)); }, 0,
+                   kBits, kPassed});
+}
+
+void AddComplexHelpers(std::vector<Entry>& table) {
+  table.push_back({"Magnitude/split float", {In<float>(), In<float>(), Out<float>()}, [](Call& c) {
+                     u::Magnitude(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2));
+                   }});
+  table.push_back(
+      {"Magnitude/split double", {In<double>(), In<double>(), Out<double>()}, [](Call& c) {
+         u::Magnitude(c.len(), c.P<double>(0), c.P<double>(1), c.P<double>(2));
+       }});
+  table.push_back({"Magnitude/complex float", {In<CF>(), Out<float>()}, [](Call& c) {
+                     u::Magnitude(c.len(), c.P<CF>(0), c.P<float>(1));
+                   }});
+  table.push_back({"Magnitude/complex double", {In<CD>(), Out<double>()}, [](Call& c) {
+                     u::Magnitude(c.len(), c.P<CD>(0), c.P<double>(1));
+                   }});
+  table.push_back({"PowerSpectr/complex float", {In<CF>(), Out<float>()}, [](Call& c) {
+                     u::PowerSpectr(c.len(), c.P<CF>(0), c.P<float>(1));
+                   }});
+  table.push_back({"PowerSpectr/complex double", {In<CD>(), Out<double>()}, [](Call& c) {
+                     u::PowerSpectr(c.len(), c.P<CD>(0), c.P<double>(1));
+                   }});
+  table.push_back({"CartToPolar/float", {In<CF>(), Out<float>(), Out<float>()}, [](Call& c) {
+                     u::CartToPolar(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2));
+                   }});
+  table.push_back({"PolarToCart/float", {In<float>(), In<float>(), Out<CF>()}, [](Call& c) {
+                     u::PolarToCart(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2));
+                   }});
+}
+
+void AddMemoryAndModes(std::vector<Entry>& table) {
+  // The allocators take a count only: the operand is a stand-in that the call ignores.
+  const std::vector<Operand> none = {In<unsigned char>()};
+  table.push_back({"Malloc_Byte", none, &MallocCall<unsigned char, &u::Malloc_Byte>});
+  table.push_back({"Malloc_Int16", none, &MallocCall<short, &u::Malloc_Int16>});
+  table.push_back({"Malloc_Float", none, &MallocCall<float, &u::Malloc_Float>});
+  table.push_back({"Malloc_Double", none, &MallocCall<double, &u::Malloc_Double>});
+  table.push_back({"Malloc_Complex_Float", none, &MallocCall<CF, &u::Malloc_Complex_Float>});
+  table.push_back({"Malloc_Complex_Double", none, &MallocCall<CD, &u::Malloc_Complex_Double>});
+  table.push_back(
+      {"DenormalModes", none, &DenormalModesCall, 0, kBits, kComputed, Reports::kNone, true});
+}
 
 const std::vector<Entry>& Entries() {
-  static const std::vector<Entry> entries = {
-      ZAL_FUZZ_ARITHMETIC(float),
-      ZAL_FUZZ_ARITHMETIC(double),
-      ZAL_FUZZ_ARITHMETIC(CF),
-      ZAL_FUZZ_ARITHMETIC(CD),
-      Entry{"AddConstantProduct/float",
-            {In<float>(), InOut<float>()},
-            kFirst,
-            kBits,
-            kComputed,
-            [](Call& c) {
-              u::AddConstantProduct(c.len(), c.P<float>(0), c.P<float>(1), c.S<float>(0));
-            }},
-      Entry{"AddConstantProduct/double",
-            {In<double>(), InOut<double>()},
-            kFirst,
-            kBits,
-            kComputed,
-            [](Call& c) {
-              c.NoOpIf(true);
-              u::AddConstantProduct(c.len(), c.P<double>(0), c.P<double>(1), c.S<double>(0));
-            }},
-      Entry{
-          "DivConstantRev/float",
-          {In<float>(), Out<float>()},
-          kFirst,
-          kBits,
-          kComputed,
-          [](Call& c) { u::DivConstantRev(c.len(), c.S<float>(0), c.P<float>(0), c.P<float>(1)); }},
-      Entry{"MulConstant_InPlace/short",
-            {InOut<short>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) {
-              u::MulConstant_InPlace(c.len(), c.P<short>(0), c.S<short>(0), c.scale());
-            }},
-
-      ZAL_FUZZ_MATH(float),
-      ZAL_FUZZ_MATH(double),
-      Entry{"Ln/float",
-            {In<float>(), Out<float>()},
-            kFirst,
-            Agreement::kUlps,
-            kComputed,
-            [](Call& c) { u::Ln(c.len(), c.P<float>(0), c.P<float>(1)); }},
-      Entry{"Ln/double",
-            {In<double>(), Out<double>()},
-            kFirst,
-            Agreement::kUlps,
-            kComputed,
-            [](Call& c) { u::Ln(c.len(), c.P<double>(0), c.P<double>(1)); },
-            Reports::kLn64},
-      ZAL_FUZZ_UNARY_IN_PLACE(Ln_InPlace, float, Agreement::kUlps, kComputed),
-      ZAL_FUZZ_UNARY(Ln_Prec11, float, kNoAlias, Agreement::kPrec11, kComputed),
-      ZAL_FUZZ_UNARY(Ln_Prec21, float, kNoAlias, Agreement::kPrec21, kComputed),
-      ZAL_FUZZ_UNARY(Ln_Prec24, float, kNoAlias, Agreement::kPrec24, kComputed),
-      ZAL_FUZZ_UNARY(Inverse_Prec26, double, kNoAlias, Agreement::kPrec26, kComputed),
-      Entry{"Pow_Prec26/double",
-            {In<double>(), In<double>(), Out<double>()},
-            kNoAlias,
-            Agreement::kPrec26,
-            kComputed,
-            [](Call& c) { u::Pow_Prec26(c.len(), c.P<double>(0), c.P<double>(1), c.P<double>(2)); },
-            Reports::kPow64},
-
-      ZAL_FUZZ_REDUCTIONS(float),
-      ZAL_FUZZ_REDUCTIONS(double),
-      Entry{"MinMax/float", {In<float>()}, kNoAlias, kBits, kPassed, &MinMaxCall},
-      Entry{"MinIndex/float", {In<float>()}, kNoAlias, kBits, kPassed, &ExtremeIndex<&u::MinIndex>},
-      Entry{"MaxIndex/float", {In<float>()}, kNoAlias, kBits, kPassed, &ExtremeIndex<&u::MaxIndex>},
-      Entry{"MinMaxIndex/float", {In<float>()}, kNoAlias, kBits, kPassed, &MinMaxIndexCall},
-      Entry{"MaxAbs/float", {In<float>()}, kNoAlias, kBits, kComputed, &MaxAbsCall},
-      Entry{"Equal/byte",
-            {In<unsigned char>(), In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &EqualCall},
-
-      ZAL_FUZZ_THRESHOLDS(float),
-      ZAL_FUZZ_THRESHOLDS(double),
-      Entry{"Invert_Threshold_InPlace/CF",
-            {InOut<CF>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &InvertComplexCall<CF>},
-      Entry{"Invert_Threshold_InPlace/CD",
-            {InOut<CD>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &InvertComplexCall<CD>},
-      Entry{"Trim/float",
-            {InOut<float>()},
-            kNoAlias,
-            kBits,
-            kPassed,
-            [](Call& c) {
-              c.NoOpIf(c.S<float>(0) > c.S<float>(1));
-              u::Trim(c.len(), c.P<float>(0), c.S<float>(0), c.S<float>(1));
-            }},
-      ZAL_FUZZ_BINARY_NAN(MinEvery, float, kPassed),
-      ZAL_FUZZ_BINARY_NAN(MaxEvery, float, kPassed),
-      ZAL_FUZZ_IN_PLACE_NAN(MinEvery_InPlace, float, kPassed),
-      ZAL_FUZZ_IN_PLACE_NAN(MaxEvery_InPlace, float, kPassed),
-
-      Entry{"Magnitude/split float",
-            {In<float>(), In<float>(), Out<float>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::Magnitude(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2)); }},
-      Entry{"Magnitude/split double",
-            {In<double>(), In<double>(), Out<double>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::Magnitude(c.len(), c.P<double>(0), c.P<double>(1), c.P<double>(2)); }},
-      Entry{"Magnitude/CF",
-            {In<CF>(), Out<float>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::Magnitude(c.len(), c.P<CF>(0), c.P<float>(1)); }},
-      Entry{"Magnitude/CD",
-            {In<CD>(), Out<double>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::Magnitude(c.len(), c.P<CD>(0), c.P<double>(1)); }},
-      Entry{"PowerSpectr/CF",
-            {In<CF>(), Out<float>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::PowerSpectr(c.len(), c.P<CF>(0), c.P<float>(1)); }},
-      Entry{"PowerSpectr/CD",
-            {In<CD>(), Out<double>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::PowerSpectr(c.len(), c.P<CD>(0), c.P<double>(1)); }},
-      Entry{"CartToPolar/float",
-            {In<CF>(), Out<float>(), Out<float>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::CartToPolar(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2)); }},
-      Entry{"PolarToCart/float",
-            {In<float>(), In<float>(), Out<CF>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            [](Call& c) { u::PolarToCart(c.len(), c.P<float>(0), c.P<float>(1), c.P<float>(2)); }},
-
-      Entry{"Malloc_Byte",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<unsigned char, &u::Malloc_Byte>},
-      Entry{"Malloc_Int16",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<short, &u::Malloc_Int16>},
-      Entry{"Malloc_Float",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<float, &u::Malloc_Float>},
-      Entry{"Malloc_Double",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<double, &u::Malloc_Double>},
-      Entry{"Malloc_Complex_Float",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<CF, &u::Malloc_Complex_Float>},
-      Entry{"Malloc_Complex_Double",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &MallocCall<CD, &u::Malloc_Complex_Double>},
-      Entry{"DenormalModes",
-            {In<unsigned char>()},
-            kNoAlias,
-            kBits,
-            kComputed,
-            &DenormalModesCall,
-            Reports::kNone,
-            true},
-  };
-  return entries;
+  static const std::vector<Entry> table = [] {
+    std::vector<Entry> t;
+    AddArithmetic<float>(t, "float");
+    AddArithmetic<double>(t, "double");
+    AddArithmetic<CF>(t, "complex float");
+    AddArithmetic<CD>(t, "complex double");
+    AddArithmeticOthers(t);
+    AddMath<float>(t, "float");
+    AddMath<double>(t, "double");
+    AddMathOthers(t);
+    AddReductions<float>(t, "float");
+    AddReductions<double>(t, "double");
+    AddReductionOthers(t);
+    AddThresholds<float>(t, "float");
+    AddThresholds<double>(t, "double");
+    AddThresholdOthers(t);
+    AddComplexHelpers(t);
+    AddMemoryAndModes(t);
+    return t;
+  }();
+  return table;
 }
 
 }  // namespace
