@@ -262,32 +262,20 @@ double DrawDouble(FuzzedDataProvider& input) {
 
 Length DrawLength(FuzzedDataProvider& input, std::size_t long_elements) {
   constexpr std::size_t kHugeBufferElements = 16;
-  switch (input.ConsumeIntegralInRange<int>(0, 9)) {
-    case 0:
-      return {};
-    case 1:
-    case 2:
-    case 3:
-    case 4: {
-      const auto n = input.ConsumeIntegralInRange<std::uint32_t>(1, 200);
-      return {n, n, false};
-    }
-    case 5:
-    case 6: {
-      const auto n = input.ConsumeIntegralInRange<std::uint32_t>(1, 5000);
-      return {n, n, false};
-    }
-    case 7: {
-      const auto n = static_cast<std::uint32_t>(
-          input.ConsumeIntegralInRange<std::size_t>(long_elements / 2, long_elements));
-      return {n, n, false};
-    }
-    default: {
-      const auto k = input.ConsumeIntegral<std::uint16_t>();
-      const std::uint32_t n = input.ConsumeBool() ? 0x80000000u + k : 0xFFFFFFFFu - k;
-      return {n, kHugeBufferElements, true};
-    }
+  const int kind = input.ConsumeIntegralInRange<int>(0, 15);
+  if (kind == 0) return {};
+  if (kind <= 11) {
+    const auto n = input.ConsumeIntegralInRange<std::uint32_t>(1, kind <= 7 ? 200 : 5000);
+    return {n, n, false};
   }
+  if (kind == 12) {
+    const auto n = static_cast<std::uint32_t>(
+        input.ConsumeIntegralInRange<std::size_t>(long_elements / 2, long_elements));
+    return {n, n, false};
+  }
+  const auto k = input.ConsumeIntegral<std::uint16_t>();
+  const std::uint32_t n = input.ConsumeBool() ? 0x80000000u + k : 0xFFFFFFFFu - k;
+  return {n, kHugeBufferElements, true};
 }
 
 Buffer::Buffer(Lane lane, std::size_t lanes, int offset_bytes)

@@ -33,16 +33,16 @@ def fdp_input(draws):
 # name: (target, draws). Draw order: utility_call.cpp (Call::Call) and transform_fuzz.cpp.
 SPELLED_OUT = {
     # MaxAbs of 2^31 elements given 16: a no-op returning 0, not a read past the buffer.
-    "maxabs-huge-length": ("utility", [(MAX_ABS, UTILITY_LAST), (0, 255), (8, 9), (0, 65535),
+    "maxabs-huge-length": ("utility", [(MAX_ABS, UTILITY_LAST), (0, 255), (13, 15), (0, 65535),
                                        (1, 255), (255, 255), (0, 15), (0, 63), (1, 3),
                                        (130, 255)]),
     # Round of 2.75 toward zero: 3 at every level, whatever the rounding control.
-    "round-toward-zero": ("utility", [(ROUND_FLOAT, UTILITY_LAST), (140, 255), (1, 9), (7, 199),
+    "round-toward-zero": ("utility", [(ROUND_FLOAT, UTILITY_LAST), (140, 255), (1, 15), (7, 199),
                                       (255, 255), (0, 15), (0, 63), (2, 3), (24576, 65535),
                                       (9, 16), (0, 255), (0, 15), (0, 63)]),
     # Ln of 196608 times -1 into a destination 8 bytes past a 64-byte boundary, a length that
     # streams: each index reported once, as itself.
-    "ln-streaming-reports": ("utility", [(LN_DOUBLE, UTILITY_LAST), (0, 255), (7, 9),
+    "ln-streaming-reports": ("utility", [(LN_DOUBLE, UTILITY_LAST), (0, 255), (12, 15),
                                          (98304, 98304), (255, 255), (0, 1), (0, 7), (0, 63),
                                          (1, 3), (126, 255), (3, 7), (0, 63), (1, 3),
                                          (126, 255)]),

@@ -14,7 +14,8 @@ constexpr std::size_t kLongBytes = std::size_t{3} << 19;
 std::vector<MathReport> g_reports;
 
 void Record(int index, EngStatus code, const char* tag) {
-  g_reports.push_back({index, code, tag ? tag : "(null)"});
+  // The tags are the kernels' string literals: they outlive the report.
+  g_reports.push_back({index, code, tag ? std::string_view(tag) : "(null)"});
 }
 
 std::size_t ElementBytes(const Operand& operand) {
@@ -99,8 +100,8 @@ void Call::Run() {
 
 void Call::RunAt(int level) {
   DescribeCall(
-      entry_.name + " at level " + std::to_string(level) + ", " + mode_.Name() +
-      ", len " + std::to_string(length_.len) +
+      entry_.name + " at level " + std::to_string(level) + ", " + mode_.Name() + ", len " +
+      std::to_string(length_.len) +
       (null_operand_ >= 0 ? ", operand " + std::to_string(null_operand_) + " null" : "") +
       (alias_source_ >= 0 ? ", source " + std::to_string(alias_source_) + " in place" : ""));
   ForceLevel(level);
@@ -211,18 +212,15 @@ void Call::CheckReports(int level) const {
   std::sort(got.begin(), got.end());
   std::sort(expected.begin(), expected.end());
   if (got == expected) return;
-  std::string what = "math error reports differ from the operands': ";
-  const std::size_t shown = std::min<std::size_t>(3, std::max(got.size(), expected.size()));
-  for (std::size_t i = 0; i < shown; ++i) {
-    what += "[" +
-            (i < got.size() ? std::to_string(got[i].index) + "/" + std::to_string(got[i].code) +
-                                  " " + got[i].tag
-                            : std::string("-")) +
-            " vs " +
-            (i < expected.size()
-                 ? std::to_string(expected[i].index) + "/" + std::to_string(expected[i].code)
-                 : std::string("-")) +
-            "]";
+  std::string what = "math error reports differ from the operands' (reported vs expected):";
+  const auto describe = [](const std::vector<MathReport>& reports, std::size_t i) {
+    if (i >= reports.size()) return std::string("-");
+    return std::to_string(reports[i].index) + "/" + std::to_string(reports[i].code) + " " +
+           std::string(reports[i].tag);
+  };
+  for (std::size_t i = 0; i < std::min<std::size_t>(3, std::max(got.size(), expected.size()));
+       ++i) {
+    what += " [" + describe(got, i) + " vs " + describe(expected, i) + "]";
   }
   what += " (" + std::to_string(got.size()) + " reported, " + std::to_string(expected.size()) +
           " expected)";

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/fuzz/fuzz_support.h"
@@ -97,7 +98,7 @@ struct Scalars {
 struct MathReport {
   int index;
   EngStatus code;
-  std::string tag;
+  std::string_view tag;
   auto operator<=>(const MathReport&) const = default;
 };
 
