@@ -213,7 +213,7 @@ std::string FpMode::Name() const {
 }
 
 FpMode DrawMode(FuzzedDataProvider& input) {
-  // Mostly the default, where every check applies.
+  // Half of the calls run in the default mode, where every check applies.
   const auto bits = input.ConsumeIntegral<std::uint8_t>();
   if (bits < 128) return {};
   return {(bits & 1) != 0, (bits & 2) != 0, (bits >> 2) & 3u};
