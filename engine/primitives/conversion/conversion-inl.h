@@ -179,7 +179,9 @@ ZAL_INLINE CF HalfToFloat(CI h) {
       (rebiased + BroadcastLanes((128 - 16) << 23)) | (is_nan & BroadcastLanes(0x400000));
   const CF tiny = AsFloat(rebiased + BroadcastLanes(1 << 23)) - AsFloat(BroadcastLanes(113 << 23));
   const CI is_tiny = Equal(exponent, BroadcastLanes(0));
-  const CI bits = Select(is_special, special, Select(is_tiny, AsInt(tiny), rebiased));
+  // A zero difference is -0 when the caller rounds downwards: its sign comes from h alone.
+  const CI tiny_magnitude = AsInt(tiny) & BroadcastLanes(0x7FFFFFFF);
+  const CI bits = Select(is_special, special, Select(is_tiny, tiny_magnitude, rebiased));
   return AsFloat(bits | ShiftLeft<16>(h & BroadcastLanes(0x8000)));
 #endif
 }
