@@ -266,6 +266,64 @@ EngStatus CheckChannels(const void* interleaved, T* const* planar, int channels,
   return frames <= 0 ? engStsSizeErr : engStsNoErr;
 }
 
+// Runs body(std::integral_constant<int, channels>) for the counts up to 8, where a frame's
+// channels unroll into registers; 0 stands for any larger count.
+template <class Body>
+ZAL_INLINE void ForChannelCount(int channels, Body body) {
+  switch (channels) {
+    case 3:
+      return body(std::integral_constant<int, 3>{});
+    case 4:
+      return body(std::integral_constant<int, 4>{});
+    case 5:
+      return body(std::integral_constant<int, 5>{});
+    case 6:
+      return body(std::integral_constant<int, 6>{});
+    case 7:
+      return body(std::integral_constant<int, 7>{});
+    case 8:
+      return body(std::integral_constant<int, 8>{});
+    default:
+      return body(std::integral_constant<int, 0>{});
+  }
+}
+
+// Frames of a block to their channels, frame by frame: each channel's stores run sequentially.
+// kChannels 0: the count is the block's own.
+template <int kChannels>
+ZAL_INLINE void Scatter(const float* block, float* const* dst, std::ptrdiff_t f0,
+                        std::ptrdiff_t count, int channels = kChannels) {
+  if constexpr (kChannels > 0) {
+    float* out[kChannels];
+    for (int c = 0; c < kChannels; ++c) out[c] = dst[c] + f0;
+    for (std::ptrdiff_t f = 0; f < count; ++f) {
+      for (int c = 0; c < kChannels; ++c) out[c][f] = block[f * kChannels + c];
+    }
+  } else {
+    for (int c = 0; c < channels; ++c) {
+      float* out = dst[c] + f0;
+      for (std::ptrdiff_t f = 0; f < count; ++f) out[f] = block[f * channels + c];
+    }
+  }
+}
+
+template <int kChannels>
+ZAL_INLINE void Gather(const float* const* src, float* block, std::ptrdiff_t f0,
+                       std::ptrdiff_t count, int channels = kChannels) {
+  if constexpr (kChannels > 0) {
+    const float* in[kChannels];
+    for (int c = 0; c < kChannels; ++c) in[c] = src[c] + f0;
+    for (std::ptrdiff_t f = 0; f < count; ++f) {
+      for (int c = 0; c < kChannels; ++c) block[f * kChannels + c] = in[c][f];
+    }
+  } else {
+    for (int c = 0; c < channels; ++c) {
+      const float* in = src[c] + f0;
+      for (std::ptrdiff_t f = 0; f < count; ++f) block[f * channels + c] = in[f];
+    }
+  }
+}
+
 // Two channels: each register pair of converted samples splits into the channels directly.
 template <class From, class Op>
 ZAL_INLINE void DeinterleavePairs(Op op, const From* src, float* left, float* right,
@@ -307,10 +365,9 @@ ZAL_INLINE EngStatus DeinterleaveConverted(Op op, const From* src, float* const*
   for (std::ptrdiff_t f0 = 0; f0 < frames; f0 += block_frames) {
     const std::ptrdiff_t count = frames - f0 < block_frames ? frames - f0 : block_frames;
     ConvertRange(op, src + f0 * channels, block, count * channels);
-    for (int c = 0; c < channels; ++c) {
-      float* out = dst[c] + f0;
-      for (std::ptrdiff_t f = 0; f < count; ++f) out[f] = block[f * channels + c];
-    }
+    ForChannelCount(channels, [&](auto channel_count) {
+      Scatter<decltype(channel_count)::value>(block, dst, f0, count, channels);
+    });
   }
   return engStsNoErr;
 }
@@ -353,10 +410,9 @@ ZAL_INLINE void InterleaveConverted(Op op, const float* const* src, To* dst, int
   const std::ptrdiff_t block_frames = kBlockSamples / channels;
   for (std::ptrdiff_t f0 = 0; f0 < frames; f0 += block_frames) {
     const std::ptrdiff_t count = frames - f0 < block_frames ? frames - f0 : block_frames;
-    for (int c = 0; c < channels; ++c) {
-      const float* in = src[c] + f0;
-      for (std::ptrdiff_t f = 0; f < count; ++f) block[f * channels + c] = in[f];
-    }
+    ForChannelCount(channels, [&](auto channel_count) {
+      Gather<decltype(channel_count)::value>(src, block, f0, count, channels);
+    });
     ConvertRange(op, block, dst + f0 * channels, count * channels);
   }
 }
