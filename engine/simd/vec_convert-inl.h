@@ -248,29 +248,50 @@ ZAL_INLINE void StoreLanes(unsigned char* p, CI v) {
 #endif
 }
 
-// Packed 24-bit samples, four lanes (one 128-bit piece) at a time.
+// Packed 24-bit samples. From avx2 on, the samples' 32-bit words are read exactly (masked) and
+// permuted so that each 128-bit lane holds its four samples' 12 bytes, which an in-lane byte
+// shuffle spreads as below.
 ZAL_INLINE CI LoadLanes(const Int24* p) {
 #if ZAL_LEVEL_INDEX >= 5
-  const __m512i v = _mm512_castsi128_si512(LoadS24Quad(p));
-  const __m512i v1 = _mm512_inserti32x4(v, LoadS24Quad(p + 4), 1);
-  const __m512i v2 = _mm512_inserti32x4(v1, LoadS24Quad(p + 8), 2);
-  return {_mm512_inserti32x4(v2, LoadS24Quad(p + 12), 3)};
+  const __m512i words = _mm512_maskz_loadu_epi8(0xFFFFFFFFFFFFull, p);
+  const __m512i lanes = _mm512_permutexvar_epi32(
+      _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), words);
+  const __m512i spread = _mm512_shuffle_epi8(
+      lanes,
+      _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)));
+  return {_mm512_srai_epi32(spread, 8)};
 #elif ZAL_LEVEL_INDEX >= 4
-  return {_mm256_inserti128_si256(_mm256_castsi128_si256(LoadS24Quad(p)), LoadS24Quad(p + 4), 1)};
+  const __m256i words = _mm256_maskload_epi32(reinterpret_cast<const int*>(p),
+                                              _mm256_setr_epi32(-1, -1, -1, -1, -1, -1, 0, 0));
+  const __m256i lanes =
+      _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6));
+  const __m256i spread = _mm256_shuffle_epi8(
+      lanes, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, 0, 1, 2, -1,
+                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
+  return {_mm256_srai_epi32(spread, 8)};
 #else
   return {LoadS24Quad(p)};
 #endif
 }
-// Lanes within -2^23 .. 2^23 - 1.
+// Lanes within -2^23 .. 2^23 - 1: each lane's low three bytes packed within its 128-bit lane,
+// then the lanes' 12-byte groups joined, and exactly the samples' bytes written.
 ZAL_INLINE void StoreLanes(Int24* p, CI v) {
 #if ZAL_LEVEL_INDEX >= 5
-  StoreS24Quad(p, _mm512_castsi512_si128(v.raw));
-  StoreS24Quad(p + 4, _mm512_extracti32x4_epi32(v.raw, 1));
-  StoreS24Quad(p + 8, _mm512_extracti32x4_epi32(v.raw, 2));
-  StoreS24Quad(p + 12, _mm512_extracti32x4_epi32(v.raw, 3));
+  const __m512i packed =
+      _mm512_shuffle_epi8(v.raw, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10,
+                                                                      12, 13, 14, -1, -1, -1, -1)));
+  const __m512i joined = _mm512_permutexvar_epi32(
+      _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 15, 15, 15, 15), packed);
+  _mm512_mask_storeu_epi8(p, 0xFFFFFFFFFFFFull, joined);
 #elif ZAL_LEVEL_INDEX >= 4
-  StoreS24Quad(p, _mm256_castsi256_si128(v.raw));
-  StoreS24Quad(p + 4, _mm256_extracti128_si256(v.raw, 1));
+  const __m256i packed = _mm256_shuffle_epi8(
+      v.raw, _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5,
+                              6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  const __m256i joined =
+      _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+  auto* bytes = reinterpret_cast<unsigned char*>(p);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm256_castsi256_si128(joined));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 16), _mm256_extracti128_si256(joined, 1));
 #else
   StoreS24Quad(p, v.raw);
 #endif

@@ -136,13 +136,12 @@ struct ToS24NearestEven {
 // The library's own 24-bit rule: scaled inputs are first limited to +-1.0; the result is limited
 // to the 24-bit range (a NaN to its minimum) and truncated, or rounded with halves away from zero
 // by the fraction the truncation left.
-template <bool kRound>
+template <bool kRound, bool kLimitToUnit>
 struct ToS24Limited {
   CF factor;
-  bool limit_to_unit;
   ZAL_INLINE CI operator()(CF x) const {
     CF y = x;
-    if (limit_to_unit) {
+    if constexpr (kLimitToUnit) {
       const CI at_or_above_one = GreaterEqual(x, BroadcastLanes(1.0f));
       const CI at_or_below_minus_one = GreaterEqual(BroadcastLanes(-1.0f), x);
       const CI scaled = Select(at_or_above_one, AsInt(factor), AsInt(x * factor));
@@ -247,7 +246,9 @@ ZAL_INLINE EngStatus WithS24Rule(int mode, int scale, Body body) {
   }
   const CF factor = BroadcastLanes(ExactPowerOfTwo(scale));
   return WithRounding(mode, [&](auto round) {
-    return body(ToS24Limited<decltype(round)::value>{factor, scale != 0});
+    constexpr bool kRound = decltype(round)::value;
+    if (scale == 0) return body(ToS24Limited<kRound, false>{factor});
+    return body(ToS24Limited<kRound, true>{factor});
   });
 }
 
