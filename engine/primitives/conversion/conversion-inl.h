@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
@@ -295,11 +296,14 @@ template <int kChannels>
 ZAL_INLINE void Scatter(const float* block, float* const* dst, std::ptrdiff_t f0,
                         std::ptrdiff_t count, int channels = kChannels) {
   if constexpr (kChannels > 0) {
-    float* out[kChannels];
-    for (int c = 0; c < kChannels; ++c) out[c] = dst[c] + f0;
-    for (std::ptrdiff_t f = 0; f < count; ++f) {
-      for (int c = 0; c < kChannels; ++c) out[c][f] = block[f * kChannels + c];
+    // The channel loop unrolled by a fold, so that every channel's pointer stays in a register.
+    [&]<int... c>(std::integer_sequence<int, c...>) {
+      float* const out[] = {(dst[c] + f0)...};
+      for (std::ptrdiff_t f = 0; f < count; ++f) {
+        ((out[c][f] = block[f * kChannels + c]), ...);
+      }
     }
+    (std::make_integer_sequence<int, kChannels>{});
   } else {
     for (int c = 0; c < channels; ++c) {
       float* out = dst[c] + f0;
@@ -312,11 +316,13 @@ template <int kChannels>
 ZAL_INLINE void Gather(const float* const* src, float* block, std::ptrdiff_t f0,
                        std::ptrdiff_t count, int channels = kChannels) {
   if constexpr (kChannels > 0) {
-    const float* in[kChannels];
-    for (int c = 0; c < kChannels; ++c) in[c] = src[c] + f0;
-    for (std::ptrdiff_t f = 0; f < count; ++f) {
-      for (int c = 0; c < kChannels; ++c) block[f * kChannels + c] = in[c][f];
+    [&]<int... c>(std::integer_sequence<int, c...>) {
+      const float* const in[] = {(src[c] + f0)...};
+      for (std::ptrdiff_t f = 0; f < count; ++f) {
+        ((block[f * kChannels + c] = in[c][f]), ...);
+      }
     }
+    (std::make_integer_sequence<int, kChannels>{});
   } else {
     for (int c = 0; c < channels; ++c) {
       const float* in = src[c] + f0;
