@@ -32,9 +32,11 @@ int Int24Rule(bool round) {
   return round ? 1 : 0;
 }
 
-// The float nearest to 2^-scale, as the scaled int24_t conversion multiplies by it.
+// The float nearest to 2^-scale, as the scaled int24_t conversion multiplies by it: 2^-scale
+// in double precision (exact, as pow(2.0, -scale) gives it, without its cost), narrowed.
 float NearestPowerOfTwo(int scale) {
-  return static_cast<float>(std::pow(2.0, -static_cast<double>(scale)));
+  const int limited = scale < -2000 ? -2000 : (scale > 2000 ? 2000 : scale);
+  return static_cast<float>(std::ldexp(1.0, -limited));
 }
 
 // The factor the engine's scaled conversions build in the exponent field of 1.0.

@@ -339,6 +339,10 @@ ZAL_INLINE CF LimitAbove(CF x, CF limit) {
 ZAL_INLINE CD LimitAbove(CD x, CD limit) {
   return {ZAL_LANES(min_pd)(limit.lo, x.lo), ZAL_LANES(min_pd)(limit.hi, x.hi)};
 }
+// limit where x is below it; a NaN x stays.
+ZAL_INLINE CF LimitBelowKeepingNaN(CF x, CF limit) {
+  return {ZAL_LANES(max_ps)(limit.raw, x.raw)};
+}
 // limit where x is below it or a NaN.
 ZAL_INLINE CF LimitBelow(CF x, CF limit) {
   return {ZAL_LANES(max_ps)(x.raw, limit.raw)};

@@ -142,12 +142,10 @@ struct ToS24Limited {
   CF factor;
   ZAL_INLINE CI operator()(CF x) const {
     CF y = x;
+    // x >= 1.0 gives the factor and x <= -1.0 its negation: x limited to +-1.0 (a NaN kept), then
+    // scaled, is the same product.
     if constexpr (kLimitToUnit) {
-      const CI at_or_above_one = GreaterEqual(x, BroadcastLanes(1.0f));
-      const CI at_or_below_minus_one = GreaterEqual(BroadcastLanes(-1.0f), x);
-      const CI scaled = Select(at_or_above_one, AsInt(factor), AsInt(x * factor));
-      y = AsFloat(
-          Select(at_or_below_minus_one, AsInt(BroadcastLanes(-0.0f)) | AsInt(factor), scaled));
+      y = LimitBelowKeepingNaN(LimitAbove(x, BroadcastLanes(1.0f)), BroadcastLanes(-1.0f)) * factor;
     }
     y = LimitAbove(LimitBelow(y, BroadcastLanes(-8388608.0f)), BroadcastLanes(8388607.0f));
     CI i = Truncate(y);
