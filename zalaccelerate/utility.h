@@ -278,9 +278,9 @@ ZAL_API void PolarToCart(unsigned int len, const float* mag, const float* phase,
 //   round false: y truncated toward zero;
 //   round true:  y first limited from above to the target's maximum (32767.0 for short), then
 //                0.5 with the sign of y added in the source's precision and the sum truncated:
-//                halves go away from zero (2.5 -> 3, -2.5 -> -3). The addition rounds, so a value
-//                just below a half can round up (0.49999997f -> 1), and above 2^23 a float sum
-//                rounds to even first;
+//                halves go away from zero (2.5 -> 3, -2.5 -> -3). The addition rounds in the
+//                thread's rounding mode: to nearest, a value just below a half rounds up
+//                (0.49999997f -> 1), and above 2^23 a float sum rounds to even first;
 // and the result saturates to the target's range: 0 .. 255, -32768 .. 32767,
 // -2147483648 .. 2147483647. A NaN gives the minimum of the range (0 for unsigned char).
 //   Convert(len, const float*, unsigned char* | short* | int*, scale, round)
@@ -318,8 +318,8 @@ ZAL_API void PolarToCart(unsigned int len, const float* mag, const float* phase,
 //   ConvertHalf2Float(src, dst, len)   exact; a NaN gives a quiet NaN with its payload
 //
 // Every conversion leaves the thread's floating-point control state as it found it, and none
-// depends on it except where noted (rounding of int and double to float, flush-to-zero of
-// denormal products and of the int24_t factor).
+// depends on it except where noted (rounding of int and double to float and of the added half,
+// flush-to-zero of denormal products and of the int24_t factor).
 ZAL_API void Convert(unsigned int len, const unsigned char* src, float* dst);
 ZAL_API void Convert(unsigned int len, const short* src, float* dst, int scale);
 ZAL_API void Convert(unsigned int len, const short* src, double* dst, int scale);
