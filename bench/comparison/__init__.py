@@ -1,6 +1,6 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
-from . import arithmetic, fft, math, movement, statistics
+from . import arithmetic, conversion, fft, math, movement, statistics
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -9,4 +9,5 @@ FAMILIES = {
     "math": math,
     "fft": fft,
     "movement": movement,
+    "conversion": conversion,
 }

@@ -36,8 +36,9 @@ def selected_families(names, members, levels):
     return families
 
 
-def summarise(runs, families):
-    """Medians per benchmark, in the binary's order of members, then contender, level and size."""
+def summarise(runs, families, peers=PEERS):
+    """Medians per benchmark, in the binary's order of members, then contender (ours, then the
+    peers in the given order), level and size."""
     members = list(dict.fromkeys(family.split("/")[0] for family in families))
     results = []
     for name, run in runs.items():
@@ -58,7 +59,7 @@ def summarise(runs, families):
             "ns_per_element": ns_per_element,
             "gb_per_s": bytes_per_item / ns_per_element,
         })
-    contenders = ("ours", *PEERS)
+    contenders = ("ours", *peers)
     return sorted(results, key=lambda r: (members.index(f"{r['type']}.{r['member']}"),
                                           contenders.index(r["contender"]), r["level"] or 0,
                                           r["n"]))

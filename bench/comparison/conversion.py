@@ -1,0 +1,101 @@
+"""Sample format conversion against plain loops, VOLK's converters and the two-pass
+(Convert, then deinterleave) layout change.
+
+Per member and size: our ns/sample and GB/s at the natural level, and each peer's time over ours
+(above 1 we are faster). GB/s counts each sample read and written once."""
+
+from .arithmetic import selected_families, summarise
+from .common import any_of, list_benchmarks, markdown_table, repetitions, size_label
+
+BINARIES = ("zal_bench_conversion",)
+PEERS = ("volk", "plain", "plain-native", "two-pass")
+
+TARGET_SIZES = (1 << 12, 1 << 22)
+MEMORY_BOUND_SIZE = 1 << 22
+# Members held to at least the best of VOLK and the native loop.
+PEER_MEMBERS = ("S16ToF32", "F32ToS16", "S32ToF32", "F32ToS32", "S24ToF32", "F32ToS24Truncate",
+                "F32ToS24Round", "F16ToF32", "F32ToF16", "F32ToF64", "F64ToF32")
+# 24-bit members within this factor of their 16-bit counterpart, per sample.
+WIDTH_PAIRS = (("S24ToF32", "S16ToF32"), ("F32ToS24Truncate", "F32ToS16"),
+               ("F32ToS24Round", "F32ToS16"))
+WIDTH_FACTOR = 1.5
+# Fused layout changes against the two passes, at 4 Mi samples.
+FUSED_MEMBERS = ("DeinterleaveS16x2", "DeinterleaveS24x6")
+FUSED_RATIO = 1.5
+
+
+def rows_by_member(results):
+    rows = {}
+    for result in results:
+        key = (result["member"], result["n"])
+        row = rows.setdefault(key, {"member": key[0], "n": key[1], "peers": {}})
+        if result["contender"] == "ours":
+            row["ns_per_element"] = result["ns_per_element"]
+            row["gb_per_s"] = result["gb_per_s"]
+        else:
+            row["peers"][result["contender"]] = result["ns_per_element"]
+    return [dict(row, ratios={peer: ns / row["ns_per_element"] for peer, ns in row["peers"].items()})
+            for row in rows.values() if "ns_per_element" in row]
+
+
+def check_targets(rows):
+    at = {(r["member"], r["n"]): r for r in rows}
+    targets = []
+    for n in TARGET_SIZES:
+        misses = []
+        for member in PEER_MEMBERS:
+            row = at.get((member, n))
+            ratios = [row["ratios"][p] for p in ("volk", "plain-native") if row and p in row["ratios"]]
+            if not ratios:
+                misses.append(f"{member}: not measured")
+            elif min(ratios) < 1.0:
+                misses.append(f"{member}: {min(ratios):.2f}")
+        targets.append({"target": f"{size_label(n)}: time of the best of VOLK and the native loop / "
+                                  "ours >= 1", "met": not misses, "misses": misses})
+        misses = []
+        for wide, narrow in WIDTH_PAIRS:
+            a, b = at.get((wide, n)), at.get((narrow, n))
+            if not a or not b:
+                misses.append(f"{wide}: not measured")
+            elif a["ns_per_element"] > WIDTH_FACTOR * b["ns_per_element"]:
+                misses.append(f"{wide}: {a['ns_per_element'] / b['ns_per_element']:.2f}x {narrow}")
+        targets.append({"target": f"{size_label(n)}: 24-bit members within {WIDTH_FACTOR}x of the "
+                                  "16-bit ones per sample", "met": not misses, "misses": misses})
+    misses = []
+    for member in FUSED_MEMBERS:
+        row = at.get((member, MEMORY_BOUND_SIZE))
+        ratio = row["ratios"].get("two-pass") if row else None
+        if ratio is None:
+            misses.append(f"{member}: not measured")
+        elif ratio < FUSED_RATIO:
+            misses.append(f"{member}: {ratio:.2f}")
+    targets.append({"target": f"4 Mi: time of the two passes / fused >= {FUSED_RATIO}",
+                    "met": not misses, "misses": misses})
+    return targets
+
+
+def markdown(context, rows):
+    lines = [f"Natural level {context.get('natural_level', '?')}, one core, medians of "
+             f"{context['repetitions']} runs; ratio = the peer's time / ours (> 1: we are faster).",
+             ""]
+    lines += markdown_table(
+        ["Member", "n", "ns/sample", "GB/s", *(f"vs {peer}" for peer in PEERS)], "lrrrrrrr",
+        [[r["member"], size_label(r["n"]), f"{r['ns_per_element']:.3f}", f"{r['gb_per_s']:.1f}",
+          *(f"{r['ratios'][peer]:.2f}" if peer in r["ratios"] else "" for peer in PEERS)]
+         for r in rows])
+    return lines + [""]
+
+
+def compare(run, options):
+    """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
+    binary = run.binary(BINARIES[0])
+    families = selected_families(list_benchmarks(binary), options.members, options.levels)
+    if not families:
+        return None
+    report = run.report(binary, any_of(families, "/n:"))
+    results = summarise(repetitions(report), families, PEERS)
+    rows = rows_by_member(results)
+    context = run.context(report)
+    targets = check_targets(rows)
+    record = {"context": context, "results": results, "comparison": rows, "targets": targets}
+    return targets, markdown(context, rows), record
