@@ -1,5 +1,5 @@
 // Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
-// complex-domain helpers, aligned memory and the calling thread's denormal modes.
+// complex-domain helpers, aligned memory, the calling thread's denormal modes and windows.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -284,5 +284,41 @@ ZAL_API void SetDenormalExceptionsEnabled(bool enable);
 ZAL_API bool GetFlushDenormalsToZero();
 ZAL_API bool GetDenormalsAreZero();
 ZAL_API bool GetDenormalExceptionsEnabled();
+
+// ---- Window functions
+// ---------------------------------------------------------------------------- dst[n] = w(n) *
+// src[n] for n < len, N = len: the symmetric forms, with N - 1 in the denominator, so that w(n) =
+// w(N - 1 - n). To obtain a window itself, apply it to a vector of ones. src may be dst (in place).
+//   WindowBartlett  w(n) = 2n / (N - 1) for n <= (N - 1) / 2: 0 at both ends, 1 at the centre
+//   WindowHann      w(n) = 0.5 - 0.5 cos(2 pi n / (N - 1))
+//   WindowHamming   w(n) = 0.54 - 0.46 cos(2 pi n / (N - 1))
+//   WindowBlackman  w(n) = (alpha + 1) / 2 - 0.5 cos(2 pi n / (N - 1)) - alpha / 2 cos(4 pi n / (N
+//   - 1))
+//                   (alpha = -0.16 is the classic Blackman window; the ends are 0 for every alpha)
+//   WindowKaiser    w(n) = I0(alpha sqrt(c^2 - (n - c)^2)) / I0(alpha c), c = (N - 1) / 2, I0 the
+//                   modified Bessel function of the first kind of order 0: the usual shape
+//                   parameter beta is alpha (N - 1) / 2; alpha = 0 gives all ones
+// Silent no-ops, nothing written: a null pointer; Bartlett, Hann, Hamming and Blackman with len
+// below 3 (or of 2^31 and more); Kaiser with len 0 (or of 2^31 and more), or with
+// |alpha| (N - 1) / 2 above 38, where I0 outgrows single precision. Kaiser of len 1 copies the
+// element.
+// Accuracy: each weight is within 2 ulp of the exact formula (float windows round a double weight
+// once, within half an ulp) and the product is rounded once; every processor level gives the same
+// bits. Nothing is allocated, except by the double Bartlett window, which works through a float
+// temporary: its weights and results carry single-precision rounding, as the float Bartlett window
+// gives them, and for len 1 and 2 dst receives src rounded to float.
+// DSPWindowType names a window for filter design; there is no Kaiser member, and a consumer
+// treats any value above Hann as Hann.
+enum DSPWindowType : int { Bartlett = 0, Blackman = 1, Hamming = 2, Hann = 3 };
+
+ZAL_API void WindowBartlett(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowBlackman(unsigned int len, const float* src, float* dst, float alpha);
+ZAL_API void WindowBlackman(unsigned int len, const double* src, double* dst, double alpha);
+ZAL_API void WindowHamming(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowHamming(unsigned int len, const double* src, double* dst);
+ZAL_API void WindowHann(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowHann(unsigned int len, const double* src, double* dst);
+ZAL_API void WindowKaiser(unsigned int len, const float* src, float* dst, float alpha);
+ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, double alpha);
 
 }  // namespace zalaccelerate::utility

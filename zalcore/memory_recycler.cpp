@@ -23,11 +23,11 @@ std::size_t ClassBytes(int index) {
 }
 
 void* SystemAllocate(std::size_t bytes) {
-  return ::operator new(bytes, std::align_val_t{MemoryRecycler::kAlignment}, std::nothrow);
+  return ::operator new (bytes, std::align_val_t{MemoryRecycler::kAlignment}, std::nothrow);
 }
 
 void SystemRelease(void* block) {
-  ::operator delete(block, std::align_val_t{MemoryRecycler::kAlignment});
+  ::operator delete (block, std::align_val_t{MemoryRecycler::kAlignment});
 }
 
 // A cached block holds the link to the next one in its first bytes.

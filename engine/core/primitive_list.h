@@ -153,6 +153,19 @@
   X(complex, CartToPolarF32, CartesianToPolar, kExact)         \
   X(complex, PolarToCartF32, PolarToCartesian, kExact)
 
+// Symmetric tapering windows (N - 1 in the denominator) applied to a vector. The double
+// Bartlett window is built from the float one by its wrapper.
+#define ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, T, E)                 \
+  X(window, WindowHann##E, Window<T>, kExact)                  \
+  X(window, WindowHamming##E, Window<T>, kExact)               \
+  X(window, WindowBlackman##E, WindowWithParameter<T>, kExact) \
+  X(window, WindowKaiser##E, WindowWithParameter<T>, kExact)
+
+#define ZAL_WINDOW_PRIMITIVES(X)                      \
+  X(window, WindowBartlettF32, Window<float>, kExact) \
+  ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, float, F32)        \
+  ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, double, F64)
+
 // Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
 // interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
 // sizes; Init prepares a spec in a block of that size; Fwd/Inv run it (inverse divided by N).
@@ -179,4 +192,5 @@
   ZAL_STATISTICS_PRIMITIVES(X) \
   ZAL_THRESHOLD_PRIMITIVES(X)  \
   ZAL_COMPLEX_PRIMITIVES(X)    \
+  ZAL_WINDOW_PRIMITIVES(X)     \
   ZAL_FFT_PRIMITIVES(X)

@@ -30,10 +30,10 @@ class MemoryRecyclerTest : public ::testing::Test {
 };
 
 TEST_F(MemoryRecyclerTest, BlocksAreAlignedAndWritableToTheirFullSize) {
-  for (std::size_t bytes : {std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{64},
-                            std::size_t{65}, std::size_t{4096}, std::size_t{100000},
-                            MemoryRecycler::kLargestRecycled,
-                            MemoryRecycler::kLargestRecycled + 1}) {
+  for (std::size_t bytes :
+       {std::size_t{0}, std::size_t{1}, std::size_t{63}, std::size_t{64}, std::size_t{65},
+        std::size_t{4096}, std::size_t{100000}, MemoryRecycler::kLargestRecycled,
+        MemoryRecycler::kLargestRecycled + 1}) {
     void* block = recycler_.Allocate(bytes);
     ASSERT_NE(block, nullptr) << bytes;
     EXPECT_TRUE(Aligned(block)) << bytes;
