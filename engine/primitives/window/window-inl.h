@@ -67,8 +67,11 @@ template <class T, RaisedCosine kKind>
 ZAL_INLINE EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alpha) {
   if (const EngStatus status = Check(n, src, dst)) return status;
   if (n < 3) return engStsSizeErr;
-  constexpr int kTerms = sizeof(T) == 4 ? kSineTermsF32 : kSineTerms;
-  ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind, kTerms>(n, alpha));
+  if constexpr (sizeof(T) == 4) {
+    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind, kSineTermsF32>(n, alpha));
+  } else {
+    ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
+  }
   return engStsNoErr;
 }
 
@@ -80,7 +83,7 @@ ZAL_INLINE EngStatus KaiserWindow(const T* src, T* dst, int n, T alpha) {
     dst[0] = src[0];
     return engStsNoErr;
   }
-  ApplySymmetric(src, dst, n, MakeKaiser(n, alpha));
+  ApplySymmetric(src, dst, n, MakeKaiser<sizeof(T) == 8>(n, alpha));
   return engStsNoErr;
 }
 

@@ -10,9 +10,16 @@
 
 namespace zal::engine::portable {
 namespace {
-// The formulas' lane type here is double itself, which broadcasting leaves as it is.
+// The formulas' lane type here is double itself: broadcasting leaves it as it is, and lane masks
+// are plain truth values.
 inline double Broadcast(double x) {
   return x;
+}
+inline bool LessEqual(double a, double b) {
+  return a <= b;
+}
+inline double Select(bool m, double a, double b) {
+  return m ? a : b;
 }
 }  // namespace
 }  // namespace zal::engine::portable
@@ -34,8 +41,11 @@ template <class T, RaisedCosine kKind>
 EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alpha) {
   if (const EngStatus status = Check(n, src, dst)) return status;
   if (n < 3) return engStsSizeErr;
-  constexpr int kTerms = sizeof(T) == 4 ? kSineTermsF32 : kSineTerms;
-  ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind, kTerms>(n, alpha));
+  if constexpr (sizeof(T) == 4) {
+    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind, kSineTermsF32>(n, alpha));
+  } else {
+    ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
+  }
   return engStsNoErr;
 }
 
@@ -47,7 +57,7 @@ EngStatus KaiserWindow(const T* src, T* dst, int n, T alpha) {
     dst[0] = src[0];
     return engStsNoErr;
   }
-  ApplySymmetric(src, dst, n, MakeKaiser(n, alpha));
+  ApplySymmetric(src, dst, n, MakeKaiser<sizeof(T) == 8>(n, alpha));
   return engStsNoErr;
 }
 

@@ -33,6 +33,8 @@ inline constexpr double kSineCoefficients[] = {
     0.008333333333333333,   -0.16666666666666666};
 inline constexpr int kSineTerms = 10;
 inline constexpr int kSineTermsF32 = 6;
+// Through t^17 for t up to pi/4: 2^-63 left out.
+inline constexpr int kSineTermsF64 = 8;
 
 template <int kTerms, class V>
 ZAL_INLINE V Sine(V t) {
@@ -72,6 +74,110 @@ struct RaisedCosineWeight {
 template <RaisedCosine kKind, int kTerms>
 RaisedCosineWeight<kKind, kTerms> MakeRaisedCosine(int n, double alpha) {
   return {kPi / (n - 1), 1 + 4 * alpha, -4 * alpha};
+}
+
+// The error of the rounded product p = a b, exactly, by Dekker's splitting: plain operations, so
+// the same bits with or without fused multiply-add.
+template <class V>
+ZAL_INLINE V HighHalf(V x) {
+  const V t = Splat<V>(134217729.0) * x;
+  return t - (t - x);
+}
+template <class V>
+ZAL_INLINE V ProductRemainder(V a, V b, V p) {
+  const V a_high = HighHalf(a);
+  const V a_low = a - a_high;
+  const V b_high = HighHalf(b);
+  const V b_low = b - b_high;
+  return ((a_high * b_high - p) + a_high * b_low + a_low * b_high) + a_low * b_low;
+}
+
+// (x + x_low) (a + a_low + (b + b_low) (s + s_low)), of double-double operands, rounded once but
+// for terms 2^-100 below: the last rounding dominates the error.
+template <class V>
+ZAL_INLINE V ProductOfLinear(V x, V x_low, V a, V a_low, V b, V b_low, V s, V s_low) {
+  const V bs = b * s;
+  const V bs_low = (ProductRemainder(b, s, bs) + b * s_low) + b_low * s;
+  const V bracket = a + bs;
+  const V back = bracket - a;
+  const V bracket_low = ((a - (bracket - back)) + (bs - back)) + (a_low + bs_low);
+  const V w = x * bracket;
+  return w + ((ProductRemainder(x, bracket, w) + x * bracket_low) + x_low * bracket);
+}
+
+// 0.08 and 0.92 to twice double's precision.
+inline constexpr double kHammingBase = 0.08;
+inline constexpr double kHammingBaseLow = -1.6653345369377347e-18;
+inline constexpr double kHammingRise = 0.92;
+inline constexpr double kHammingRiseLow = -3.9968028886505634e-17;
+
+// The raised-cosine windows to double precision. Both ends of a rounding budget of 2 ulp need
+// care: the angle t = pi m / (N - 1) is carried as a sum of two doubles, so that its own rounding
+// does not pass into the sine; and only angles up to pi/4 are evaluated, by the sine of the
+// complement past it: with v = sin(angle), s^2 = v^2 near the ends and s^2 = 1 - v^2 (v the
+// cosine) near the centre, where 1 - v^2 >= 1/2 absorbs v's rounding.
+template <RaisedCosine kKind>
+struct PreciseRaisedCosineWeight {
+  double step_high;  // pi / (N - 1) = step_high + step_low
+  double step_low;
+  double half_last;   // (N - 1) / 2
+  double four_alpha;  // Blackman
+
+  template <class V>
+  ZAL_INLINE V operator()(V n) const {
+    const V quarter = Splat<V>(half_last * 0.5);
+    const auto near_end = LessEqual(n, quarter);
+    const V m = Select(near_end, n, Splat<V>(half_last) - n);
+    // t = t_high + t_low, exact but for the last term's rounding.
+    const V t_high = m * Splat<V>(step_high);
+    const V t_low = ProductRemainder(m, Splat<V>(step_high), t_high) + m * Splat<V>(step_low);
+    // sin(t) = t_high + (t_low cos(t_high) + t_high s P(s)): the cosine's three terms leave
+    // under 2^-5 of t_low's tiny share.
+    const V s = t_high * t_high;
+    V p = Splat<V>(kSineCoefficients[kSineTerms - kSineTermsF64]);
+    for (int i = kSineTerms - kSineTermsF64 + 1; i < kSineTerms; ++i) {
+      p = p * s + Splat<V>(kSineCoefficients[i]);
+    }
+    const V cosine = Splat<V>(1.0) - s * (Splat<V>(0.5) - s * Splat<V>(1.0 / 24));
+    const V correction = t_low * cosine + t_high * (s * p);
+    // v = v_high + v_low, then v^2 = square + square_low.
+    const V v_high = t_high + correction;
+    const V v_low = correction - (v_high - t_high);
+    const V square = v_high * v_high;
+    const V square_low = ProductRemainder(v_high, v_high, square) + Splat<V>(2.0) * v_high * v_low;
+    // sin^2 of the half angle, and its complement cos^2, from whichever v^2 is: each a sum of two
+    // doubles until the last operation.
+    const V zero = Splat<V>(0.0);
+    const V one = Splat<V>(1.0);
+    const V complement = one - square;
+    const V complement_low = ((one - complement) - square) - square_low;
+    const V s2 = Select(near_end, square, complement);
+    const V s2_low = Select(near_end, square_low, complement_low);
+    const V c2 = Select(near_end, complement, square);
+    const V c2_low = Select(near_end, complement_low, square_low);
+    if constexpr (kKind == RaisedCosine::kHann) {
+      return s2 + s2_low;
+    } else if constexpr (kKind == RaisedCosine::kHamming) {
+      // 0.08 + 0.92 s^2.
+      return ProductOfLinear(one, zero, Splat<V>(kHammingBase), Splat<V>(kHammingBaseLow),
+                             Splat<V>(kHammingRise), Splat<V>(kHammingRiseLow), s2, s2_low);
+    } else {
+      // s^2 (1 + 4 alpha c^2).
+      return ProductOfLinear(s2, s2_low, one, zero, Splat<V>(four_alpha), zero, c2, c2_low);
+    }
+  }
+};
+
+// pi = kPi + kPiLow to twice double's precision.
+inline constexpr double kPiLow = 1.2246467991473532e-16;
+
+template <RaisedCosine kKind>
+PreciseRaisedCosineWeight<kKind> MakePreciseRaisedCosine(int n, double alpha) {
+  const double last = n - 1;
+  const double high = kPi / last;
+  const double product = high * last;
+  const double remainder = ((kPi - product) - ProductRemainder(high, last, product)) + kPiLow;
+  return {high, remainder / last, last * 0.5, 4 * alpha};
 }
 
 // Rises from 0 at both ends to 1 at the centre: 2n / (N - 1).
@@ -152,7 +258,8 @@ inline constexpr double kBesselSeries[] = {1.0,
                                            2.544052991860921e-175};
 inline constexpr int kBesselTermsMax = static_cast<int>(sizeof kBesselSeries / sizeof(double));
 
-// I0 of the argument whose square over 4 is y, by Horner's rule over the first `terms` terms.
+// I0 of the argument whose square over 4 is y, by Horner's rule over the first `terms` terms:
+// enough for weights rounded to float.
 template <class V>
 ZAL_INLINE V BesselI0OfQuarterSquare(V y, int terms) {
   V p = Splat<V>(kBesselSeries[terms - 1]);
@@ -160,29 +267,81 @@ ZAL_INLINE V BesselI0OfQuarterSquare(V y, int terms) {
   return p;
 }
 
+// The same to double precision, for y = y_high + y_low: Horner's rule with each step's rounding
+// errors (exact, from Dekker's product and Knuth's sum) carried along in a second Horner sum, the
+// compensated scheme whose error stays near one rounding however many terms the large arguments
+// need. Plain Horner loses up to 8 ulp at beta = 25.
+template <class V>
+struct TwoParts {
+  V high;
+  V low;
+};
+template <class V>
+ZAL_INLINE TwoParts<V> PreciseBesselI0OfQuarterSquare(V y_high, V y_low, int terms) {
+  V sum = Splat<V>(kBesselSeries[terms - 1]);
+  V errors = Splat<V>(0.0);
+  for (int k = terms - 2; k >= 0; --k) {
+    const V product = sum * y_high;
+    const V product_error = ProductRemainder(sum, y_high, product) + sum * y_low;
+    const V coefficient = Splat<V>(kBesselSeries[k]);
+    const V next = product + coefficient;
+    const V back = next - product;
+    const V sum_error = (product - (next - back)) + (coefficient - back);
+    errors = errors * y_high + (product_error + sum_error);
+    sum = next;
+  }
+  const V high = sum + errors;
+  return {high, errors - (high - sum)};
+}
+
+// (a + a_low) / (b + b_low), rounded once but for terms 2^-100 below.
+template <class V>
+ZAL_INLINE V Quotient(TwoParts<V> a, V b, V b_low) {
+  const V q = a.high / b;
+  const V qb = q * b;
+  const V remainder = (((a.high - qb) - ProductRemainder(q, b, qb)) + a.low) - q * b_low;
+  return q + remainder / b;
+}
+
 // I0(alpha sqrt(c^2 - (n - c)^2)) / I0(alpha c), c = (N - 1) / 2. The argument's square is
 // alpha^2 n (N - 1 - n): no square root, and at the centre of an odd length the same product as
-// the normaliser's, so that the weight there is 1 exactly.
+// the normaliser's, so that the weight there is 1 exactly. kPrecise carries alpha^2 / 4 and the
+// series to double precision: an error in the argument's square grows by up to beta / 2 in I0.
+template <bool kPrecise>
 struct KaiserWeight {
   double last;            // N - 1
-  double quarter_alpha2;  // alpha^2 / 4
-  double normaliser;      // I0(alpha c)
+  double quarter_alpha2;  // alpha^2 / 4 = quarter_alpha2 + quarter_alpha2_low
+  double quarter_alpha2_low;
+  double normaliser;  // I0(alpha c) = normaliser + normaliser_low
+  double normaliser_low;
   int terms;
 
   template <class V>
   ZAL_INLINE V operator()(V n) const {
-    const V y = Splat<V>(quarter_alpha2) * (n * (Splat<V>(last) - n));
-    return BesselI0OfQuarterSquare(y, terms) / Splat<V>(normaliser);
+    const V m = n * (Splat<V>(last) - n);
+    const V y = Splat<V>(quarter_alpha2) * m;
+    if constexpr (kPrecise) {
+      const V y_low =
+          ProductRemainder(Splat<V>(quarter_alpha2), m, y) + Splat<V>(quarter_alpha2_low) * m;
+      return Quotient(PreciseBesselI0OfQuarterSquare(y, y_low, terms), Splat<V>(normaliser),
+                      Splat<V>(normaliser_low));
+    } else {
+      return BesselI0OfQuarterSquare(y, terms) / Splat<V>(normaliser);
+    }
   }
 };
 
 // The series is cut where a term falls below 2^-56 of the sum at the largest argument, the
 // centre's; smaller arguments converge faster. A NaN alpha keeps every term (and NaN weights).
-inline KaiserWeight MakeKaiser(int n, double alpha) {
+template <bool kPrecise>
+KaiserWeight<kPrecise> MakeKaiser(int n, double alpha) {
   const double last = n - 1;
   const double centre = last * 0.5;
-  const double quarter_alpha2 = alpha * alpha * 0.25;
-  const double y = quarter_alpha2 * (centre * centre);
+  const double alpha2 = alpha * alpha;
+  const double quarter_alpha2 = alpha2 * 0.25;
+  const double quarter_alpha2_low = ProductRemainder(alpha, alpha, alpha2) * 0.25;
+  const double m = centre * centre;
+  const double y = quarter_alpha2 * m;
   double term = 1;
   double sum = 1;
   int terms = kBesselTermsMax;
@@ -194,7 +353,13 @@ inline KaiserWeight MakeKaiser(int n, double alpha) {
       break;
     }
   }
-  return {last, quarter_alpha2, BesselI0OfQuarterSquare(y, terms), terms};
+  if constexpr (kPrecise) {
+    const double y_low = ProductRemainder(quarter_alpha2, m, y) + quarter_alpha2_low * m;
+    const TwoParts<double> normaliser = PreciseBesselI0OfQuarterSquare(y, y_low, terms);
+    return {last, quarter_alpha2, quarter_alpha2_low, normaliser.high, normaliser.low, terms};
+  } else {
+    return {last, quarter_alpha2, 0, BesselI0OfQuarterSquare(y, terms), 0, terms};
+  }
 }
 
 // The engine's limit: beyond |alpha| (N - 1) / 2 = 38, I0 leaves the float range.
