@@ -1,6 +1,6 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
-from . import arithmetic, fft, math, statistics
+from . import arithmetic, fft, math, statistics, window
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -8,4 +8,5 @@ FAMILIES = {
     "statistics": statistics,
     "math": math,
     "fft": fft,
+    "window": window,
 }

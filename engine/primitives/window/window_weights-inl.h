@@ -332,7 +332,8 @@ struct KaiserWeight {
 };
 
 // The series is cut where a term falls below 2^-56 of the sum at the largest argument, the
-// centre's; smaller arguments converge faster. A NaN alpha keeps every term (and NaN weights).
+// centre's (2^-32 for weights rounded to float); smaller arguments converge faster. A NaN alpha
+// keeps every term (and gives NaN weights).
 template <bool kPrecise>
 KaiserWeight<kPrecise> MakeKaiser(int n, double alpha) {
   const double last = n - 1;
@@ -348,7 +349,7 @@ KaiserWeight<kPrecise> MakeKaiser(int n, double alpha) {
   for (int k = 1; k < kBesselTermsMax; ++k) {
     term *= y / (k * k);
     sum += term;
-    if (term < 0x1p-56 * sum) {
+    if (term < (kPrecise ? 0x1p-56 : 0x1p-32) * sum) {
       terms = k + 1;
       break;
     }
