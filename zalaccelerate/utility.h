@@ -1,5 +1,6 @@
 // Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
-// complex-domain helpers, aligned memory, the calling thread's denormal modes and windows.
+// complex-domain helpers, sample format conversion, aligned memory, the calling thread's
+// denormal modes and windows.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -13,6 +14,7 @@
 #include <complex>
 
 #include "zalaccelerate/export.h"
+#include "zalcore/int24.h"
 
 namespace zalaccelerate::utility {
 
@@ -249,6 +251,123 @@ ZAL_API void PowerSpectr(unsigned int len, const std::complex<float>* src, float
 ZAL_API void PowerSpectr(unsigned int len, const std::complex<double>* src, double* dst);
 ZAL_API void CartToPolar(unsigned int len, const float* src, float* mag, float* phase);
 ZAL_API void PolarToCart(unsigned int len, const float* mag, const float* phase, float* dst);
+
+// ---- Sample format conversion -------------------------------------------------------------------
+// Arrays of samples from one storage format to another, element by element. int24_t is the packed
+// 3-byte sample (zalcore/int24.h); half-precision values are binary16 bit patterns in unsigned
+// short. Source and destination must not overlap. For each i < len:
+//
+// Towards floating point, scaled: dst[i] = src[i] * 2^-scale (a positive scale shrinks, a negative
+// one enlarges; 15 maps 16-bit full scale to +-1.0). The value is exact in the destination type
+// (an int above 2^24 in magnitude rounds to float in the thread's rounding mode, normally to
+// nearest), and so is the product unless it leaves the destination's range: then it overflows to
+// +-Inf or underflows, to a denormal or, with flush-to-zero on, to 0.
+//   Convert(len, const unsigned char*, float*)           unscaled
+//   Convert(len, const short*, float* | double*, scale)
+//   Convert(len, const int*, float* | double*, scale)
+//   Convert(len, const int24_t*, int*)                   sign-extended
+//   Convert(len, const int24_t*, float*, scale)          the exact float of the sample, then, for
+//                                                        scale != 0, times the float nearest to
+//                                                        2^-scale (0 for scales above 149, +Inf
+//                                                        below -127; with flush-to-zero on, 0
+//                                                        from 127 on)
+//   Convert(len, const float*, double*)                  exact
+//   Convert(len, const double*, float*)                  rounded in the thread's rounding mode
+//
+// Towards an integer type: y = x * 2^-scale exactly, then
+//   round false: y truncated toward zero;
+//   round true:  y first limited from above to the target's maximum (32767.0 for short), then
+//                0.5 with the sign of y added in the source's precision and the sum truncated:
+//                halves go away from zero (2.5 -> 3, -2.5 -> -3). The addition rounds, so a value
+//                just below a half can round up (0.49999997f -> 1), and above 2^23 a float sum
+//                rounds to even first;
+// and the result saturates to the target's range: 0 .. 255, -32768 .. 32767,
+// -2147483648 .. 2147483647. A NaN gives the minimum of the range (0 for unsigned char).
+//   Convert(len, const float*, unsigned char* | short* | int*, scale, round)
+//   Convert(len, const double*, int*, scale, round)
+//   Convert(len, const int*, int24_t*, scale)   y = x * 2^-scale truncated toward zero, saturated
+//                                               to -8388608 .. 8388607
+//
+// Float to int24_t follows one of two rules, chosen by round:
+//   round false: with scale 0, x truncated toward zero and saturated (3.0e6 -> 3000000,
+//                1.0e7 -> 8388607). With any other scale, x is first limited to +-1.0 (x >= 1.0
+//                gives 2^-scale, x <= -1.0 gives -2^-scale) and x * 2^-scale is truncated and
+//                saturated: with scale -23, 1.0 -> 8388607 and -1.0 -> -8388608, and 2.0 -> 8388607
+//                too. The asymmetry between scale 0 and the others is deliberate. 2^-scale is exact
+//                here (a denormal below 2^-126, 0 below 2^-149, +Inf above 2^127).
+//   round true:  x * 2^-scale limited to -8388608.0 .. 8388607.0 and rounded to nearest with
+//                ties to EVEN (2.5 -> 2, 3.5 -> 4, unlike every other integer target), whatever
+//                rounding mode the thread has set.
+// A NaN gives -8388608 under both rules. Under round false, a len of 2^31 and more is converted
+// whole, not refused.
+//   Convert(len, const float*, int24_t*, scale, round)
+//
+// Scales: the factor 2^-scale of the scaled conversions other than those from and to int24_t
+// noted above is built in the exponent field of 1.0, so its reach is limited: float factors take
+// scales -127 .. 127 and double factors -1023 .. 1023, and a scale beyond acts as the nearest
+// end. At the upper end the field is zero and the factor is 0 (results 0, or NaN -> minimum for
+// infinite inputs).
+//
+// Half precision. These two take (src, dst, len), and their sources are not const:
+//   ConvertFloat2Half(src, dst, len)   rounded toward zero to binary16 (1.0009 -> 0x3C00,
+//                                      70000.0 -> 0x7BFF: values beyond the range give the
+//                                      largest finite half of their sign, infinities stay
+//                                      infinite), denormal halves kept whatever the thread's
+//                                      flush-to-zero mode; a NaN gives a quiet NaN with the top
+//                                      ten bits of its payload
+//   ConvertHalf2Float(src, dst, len)   exact; a NaN gives a quiet NaN with its payload
+//
+// Every conversion leaves the thread's floating-point control state as it found it, and none
+// depends on it except where noted (rounding of int and double to float, flush-to-zero of
+// denormal products and of the int24_t factor).
+ZAL_API void Convert(unsigned int len, const unsigned char* src, float* dst);
+ZAL_API void Convert(unsigned int len, const short* src, float* dst, int scale);
+ZAL_API void Convert(unsigned int len, const short* src, double* dst, int scale);
+ZAL_API void Convert(unsigned int len, const int* src, float* dst, int scale);
+ZAL_API void Convert(unsigned int len, const int* src, double* dst, int scale);
+ZAL_API void Convert(unsigned int len, const int* src, zalcore::utility::int24_t* dst, int scale);
+ZAL_API void Convert(unsigned int len, const float* src, unsigned char* dst, int scale, bool round);
+ZAL_API void Convert(unsigned int len, const float* src, short* dst, int scale, bool round);
+ZAL_API void Convert(unsigned int len, const float* src, int* dst, int scale, bool round);
+ZAL_API void Convert(unsigned int len, const float* src, zalcore::utility::int24_t* dst, int scale,
+                     bool round);
+ZAL_API void Convert(unsigned int len, const double* src, int* dst, int scale, bool round);
+ZAL_API void Convert(unsigned int len, const float* src, double* dst);
+ZAL_API void Convert(unsigned int len, const double* src, float* dst);
+ZAL_API void Convert(unsigned int len, const zalcore::utility::int24_t* src, int* dst);
+ZAL_API void Convert(unsigned int len, const zalcore::utility::int24_t* src, float* dst, int scale);
+ZAL_API void ConvertFloat2Half(float* src, unsigned short* dst, unsigned int len);
+ZAL_API void ConvertHalf2Float(unsigned short* src, float* dst, unsigned int len);
+
+// ---- Conversion with (de)interleaving -----------------------------------------------------------
+// From a decoder's interleaved frames to one float array per channel, and back, in one pass:
+// frame f of an interleaved buffer holds channels samples, src[f * channels + c] for channel c.
+//   DeinterleaveConvert(channels, frames, src, dst, scale)
+//       dst[c][f] = src[f * channels + c] converted as Convert(len, src, float*, scale) converts
+//       it: short and int sources through the exponent-field factor, int24_t through the float
+//       nearest to 2^-scale (only when scale != 0), float sources multiplied by the
+//       exponent-field factor (left as they are, bit for bit, with scale 0).
+//   InterleaveConvert(channels, frames, src, dst, scale, round)
+//       dst[f * channels + c] = src[c][f] converted as the matching Convert(len, const float*, ...,
+//       scale, round) converts it; for int24_t that is the rule the round flag chooses above.
+// Results are bit-identical to Convert followed by Deinterleave, or Interleave followed by
+// Convert. Nothing is allocated. A null buffer or channel pointer, channels or frames of 0 or of
+// 2^31 and more make the call a silent no-op.
+ZAL_API void DeinterleaveConvert(unsigned int channels, unsigned int frames, const short* src,
+                                 float* const* dst, int scale);
+ZAL_API void DeinterleaveConvert(unsigned int channels, unsigned int frames,
+                                 const zalcore::utility::int24_t* src, float* const* dst,
+                                 int scale);
+ZAL_API void DeinterleaveConvert(unsigned int channels, unsigned int frames, const int* src,
+                                 float* const* dst, int scale);
+ZAL_API void DeinterleaveConvert(unsigned int channels, unsigned int frames, const float* src,
+                                 float* const* dst, int scale);
+ZAL_API void InterleaveConvert(unsigned int channels, unsigned int frames, const float* const* src,
+                               short* dst, int scale, bool round);
+ZAL_API void InterleaveConvert(unsigned int channels, unsigned int frames, const float* const* src,
+                               zalcore::utility::int24_t* dst, int scale, bool round);
+ZAL_API void InterleaveConvert(unsigned int channels, unsigned int frames, const float* const* src,
+                               int* dst, int scale, bool round);
 
 // ---- Aligned memory --------------------------------------------------------------------------
 // Buffers aligned to 64 bytes, for the widest vectors the library uses. `count` counts elements

@@ -183,6 +183,36 @@
   ZAL_FFT_KIND_PRIMITIVES(X, SplitF32, FFTSplitTransform<float>)  \
   ZAL_FFT_KIND_PRIMITIVES(X, SplitF64, FFTSplitTransform<double>)
 
+// Sample format conversion. Integer targets saturate; the 24-bit float conversions come in two
+// rules: Even (limited to the range, ties to even) and Limited (inputs limited to +-1.0 when
+// scaled, truncation or halves away from zero).
+#define ZAL_CONVERSION_PRIMITIVES(X)                                  \
+  X(conversion, ConvertU8ToF32, ConversionU8F32, kExact)              \
+  X(conversion, ConvertS16ToF32Scaled, ScaledS16F32, kExact)          \
+  X(conversion, ConvertS16ToF64Scaled, ScaledS16F64, kExact)          \
+  X(conversion, ConvertS32ToF32Scaled, ScaledS32F32, kExact)          \
+  X(conversion, ConvertS32ToF64Scaled, ScaledS32F64, kExact)          \
+  X(conversion, ConvertS32ToS24Scaled, ScaledS32S24, kExact)          \
+  X(conversion, ConvertF32ToU8, RoundedF32U8, kExact)                 \
+  X(conversion, ConvertF32ToS16, RoundedF32S16, kExact)               \
+  X(conversion, ConvertF32ToS32, RoundedF32S32, kExact)               \
+  X(conversion, ConvertF64ToS32, RoundedF64S32, kExact)               \
+  X(conversion, ConvertF32ToS24Even, ScaledF32S24, kExact)            \
+  X(conversion, ConvertF32ToS24Limited, RoundedF32S24, kExact)        \
+  X(conversion, ConvertF32ToF64, ConversionF32F64, kExact)            \
+  X(conversion, ConvertF64ToF32, ConversionF64F32, kExact)            \
+  X(conversion, ConvertS24ToS32, ConversionS24S32, kExact)            \
+  X(conversion, ConvertS24ToF32, ConversionS24F32, kExact)            \
+  X(conversion, ConvertF32ToF16, HalfConversion, kExact)              \
+  X(conversion, ConvertF16ToF32, ConversionF16F32, kExact)            \
+  X(conversion, DeinterleaveConvertS16ToF32, DeinterleaveS16, kExact) \
+  X(conversion, DeinterleaveConvertS24ToF32, DeinterleaveS24, kExact) \
+  X(conversion, DeinterleaveConvertS32ToF32, DeinterleaveS32, kExact) \
+  X(conversion, DeinterleaveConvertF32ToF32, DeinterleaveF32, kExact) \
+  X(conversion, InterleaveConvertF32ToS16, InterleaveS16, kExact)     \
+  X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
+  X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -192,5 +222,6 @@
   ZAL_STATISTICS_PRIMITIVES(X) \
   ZAL_THRESHOLD_PRIMITIVES(X)  \
   ZAL_COMPLEX_PRIMITIVES(X)    \
+  ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
   ZAL_FFT_PRIMITIVES(X)

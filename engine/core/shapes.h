@@ -133,6 +133,60 @@ template <class T>
 using FFTSplitTransform = EngStatus(const T* src_re, const T* src_im, T* dst_re, T* dst_im,
                                     const FFTSpec* spec, unsigned char* work);
 
+// ---- Sample format conversion ------------------------------------------------------------------
+// A packed 24-bit two's-complement little-endian sample, layout-compatible with the framework's
+// int24_t.
+struct Int24 {
+  unsigned char bytes[3];
+};
+
+// Element by element from one type to another. Scaled forms multiply by 2^-scale; `mode` selects
+// the rounding of integer targets: 0 toward zero, 2 to nearest with halves away from zero.
+template <class From, class To>
+using Conversion = EngStatus(const From* src, To* dst, int n);
+template <class From, class To>
+using ConversionScaled = EngStatus(const From* src, To* dst, int n, int scale);
+template <class From, class To>
+using ConversionRounded = EngStatus(const From* src, To* dst, int n, int mode, int scale);
+// Float to binary16 bit patterns: mode 0 toward zero, 1 to nearest even.
+using HalfConversion = EngStatus(const float* src, unsigned short* dst, int n, int mode);
+
+// The conversions of the list by name: a row's shape must be one token.
+using ConversionU8F32 = Conversion<unsigned char, float>;
+using ScaledS16F32 = ConversionScaled<short, float>;
+using ScaledS16F64 = ConversionScaled<short, double>;
+using ScaledS32F32 = ConversionScaled<int, float>;
+using ScaledS32F64 = ConversionScaled<int, double>;
+using ScaledS32S24 = ConversionScaled<int, Int24>;
+using RoundedF32U8 = ConversionRounded<float, unsigned char>;
+using RoundedF32S16 = ConversionRounded<float, short>;
+using RoundedF32S32 = ConversionRounded<float, int>;
+using RoundedF64S32 = ConversionRounded<double, int>;
+using ScaledF32S24 = ConversionScaled<float, Int24>;
+using RoundedF32S24 = ConversionRounded<float, Int24>;
+using ConversionF32F64 = Conversion<float, double>;
+using ConversionF64F32 = Conversion<double, float>;
+using ConversionS24S32 = Conversion<Int24, int>;
+using ConversionS24F32 = Conversion<Int24, float>;
+using ConversionF16F32 = Conversion<unsigned short, float>;
+
+// Interleaved frames of `channels` samples to one float array per channel, each sample times
+// `factor`; and planar floats to interleaved samples, converted as ConversionRounded does.
+template <class From>
+using DeinterleaveConversion = EngStatus(const From* src, float* const* dst, int channels,
+                                         int frames, float factor);
+template <class To>
+using InterleaveConversion = EngStatus(const float* const* src, To* dst, int channels, int frames,
+                                       int mode, int scale);
+
+using DeinterleaveS16 = DeinterleaveConversion<short>;
+using DeinterleaveS24 = DeinterleaveConversion<Int24>;
+using DeinterleaveS32 = DeinterleaveConversion<int>;
+using DeinterleaveF32 = DeinterleaveConversion<float>;
+using InterleaveS16 = InterleaveConversion<short>;
+using InterleaveS24 = InterleaveConversion<Int24>;
+using InterleaveS32 = InterleaveConversion<int>;
+
 using Allocate = void*(int count);
 using Release = void(void* block);
 using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);

@@ -3,6 +3,7 @@
 #include "engine/core/cpu_features.h"
 #include "engine/core/dispatch.h"
 #include "engine/core/level.h"
+#include "tests/engine/harness/conversion_runner.h"
 #include "tests/engine/harness/row_runner.h"
 #include "tests/support/forced_level.h"
 
@@ -16,16 +17,31 @@ Shape* Kernel(int level) {
   return (engine::g_dispatch_tables.*kTable)[1 + level];
 }
 
+// Conversion drivers name a source type of their own; the others share one element type.
+template <class Driver>
+constexpr bool kConverts = requires {
+  typename Driver::Source;
+};
+
 template <class Driver, class Shape, auto kTable, Shape* kPortableVariant>
 void MatchPortableAt(const Row& row, int level) {
-  RowRunner<Driver>::MatchPortable(row.accuracy, Kernel<Shape, kTable>(level), kPortableVariant,
-                                   RowRunner<Driver>::Grid(row.name));
+  if constexpr (kConverts<Driver>) {
+    ConversionRunner<Driver>::MatchPortable(Kernel<Shape, kTable>(level), kPortableVariant,
+                                            row.name);
+  } else {
+    RowRunner<Driver>::MatchPortable(row.accuracy, Kernel<Shape, kTable>(level), kPortableVariant,
+                                     RowRunner<Driver>::Grid(row.name));
+  }
 }
 
 template <class Driver, class Shape, auto kTable, Shape* kPortableVariant>
 void RefuseBadArgumentsAt(int level) {
-  RowRunner<Driver>::RefuseBadArguments(level == kPortable ? kPortableVariant
-                                                           : Kernel<Shape, kTable>(level));
+  Shape* const kernel = level == kPortable ? kPortableVariant : Kernel<Shape, kTable>(level);
+  if constexpr (kConverts<Driver>) {
+    ConversionRunner<Driver>::RefuseBadArguments(kernel);
+  } else {
+    RowRunner<Driver>::RefuseBadArguments(kernel);
+  }
 }
 
 // Service rows have no driver: only compared rows instantiate one.

@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "engine/core/shapes.h"
+#include "tests/engine/harness/conversion_drivers.h"
 #include "tests/engine/harness/grid.h"
 
 namespace zal::test::harness {
@@ -461,6 +462,34 @@ struct WindowWithParameter {
 };
 
 using engine::CompareBytes;
+
+// ---- Conversions: sources and destinations of different types (ConversionRunner)
+// -----------------
+using ConversionU8F32 = ElementwiseConversion<engine::ConversionU8F32, conversion_kinds::Plain>;
+using ScaledS16F32 = ElementwiseConversion<engine::ScaledS16F32, conversion_kinds::Scaled>;
+using ScaledS16F64 = ElementwiseConversion<engine::ScaledS16F64, conversion_kinds::Scaled>;
+using ScaledS32F32 = ElementwiseConversion<engine::ScaledS32F32, conversion_kinds::Scaled>;
+using ScaledS32F64 = ElementwiseConversion<engine::ScaledS32F64, conversion_kinds::Scaled>;
+using ScaledS32S24 = ElementwiseConversion<engine::ScaledS32S24, conversion_kinds::Scaled>;
+using RoundedF32U8 = ElementwiseConversion<engine::RoundedF32U8, conversion_kinds::Rounded>;
+using RoundedF32S16 = ElementwiseConversion<engine::RoundedF32S16, conversion_kinds::Rounded>;
+using RoundedF32S32 = ElementwiseConversion<engine::RoundedF32S32, conversion_kinds::Rounded>;
+using RoundedF64S32 = ElementwiseConversion<engine::RoundedF64S32, conversion_kinds::Rounded>;
+using ScaledF32S24 = ElementwiseConversion<engine::ScaledF32S24, conversion_kinds::Scaled>;
+using RoundedF32S24 = ElementwiseConversion<engine::RoundedF32S24, conversion_kinds::Rounded>;
+using ConversionF32F64 = ElementwiseConversion<engine::ConversionF32F64, conversion_kinds::Plain>;
+using ConversionF64F32 = ElementwiseConversion<engine::ConversionF64F32, conversion_kinds::Plain>;
+using ConversionS24S32 = ElementwiseConversion<engine::ConversionS24S32, conversion_kinds::Plain>;
+using ConversionS24F32 = ElementwiseConversion<engine::ConversionS24F32, conversion_kinds::Plain>;
+using HalfConversion = ElementwiseConversion<engine::HalfConversion, conversion_kinds::HalfMode>;
+using ConversionF16F32 = ElementwiseConversion<engine::ConversionF16F32, conversion_kinds::Plain>;
+using DeinterleaveS16 = DeinterleaveConversionDriver<short>;
+using DeinterleaveS24 = DeinterleaveConversionDriver<engine::Int24>;
+using DeinterleaveS32 = DeinterleaveConversionDriver<int>;
+using DeinterleaveF32 = DeinterleaveConversionDriver<float>;
+using InterleaveS16 = InterleaveConversionDriver<short>;
+using InterleaveS24 = InterleaveConversionDriver<engine::Int24>;
+using InterleaveS32 = InterleaveConversionDriver<int>;
 
 }  // namespace drivers
 }  // namespace zal::test::harness
