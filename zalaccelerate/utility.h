@@ -424,13 +424,17 @@ ZAL_API bool GetDenormalExceptionsEnabled();
 // Accuracy: each weight is within 2 ulp of the exact formula (float windows round a double weight
 // once, within half an ulp) and the product is rounded once; every processor level gives the same
 // bits. Nothing is allocated, except by the double Bartlett window, which works through a float
-// temporary: its weights and results carry single-precision rounding, as the float Bartlett window
-// gives them, and for len 1 and 2 dst receives src rounded to float.
+// temporary from the core library's recycling allocator (and throws std::bad_alloc if there is no
+// memory for it): src is converted to float, windowed as the float Bartlett window does it, and
+// converted back, so its results carry single-precision rounding. Its steps run whatever the one
+// before did: for len 1 and 2 dst receives src rounded to float, and with a null src and len of 3
+// or more, zeros (the temporary's initial values).
 // DSPWindowType names a window for filter design; there is no Kaiser member, and a consumer
 // treats any value above Hann as Hann.
 enum DSPWindowType : int { Bartlett = 0, Blackman = 1, Hamming = 2, Hann = 3 };
 
 ZAL_API void WindowBartlett(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowBartlett(unsigned int len, const double* src, double* dst);
 ZAL_API void WindowBlackman(unsigned int len, const float* src, float* dst, float alpha);
 ZAL_API void WindowBlackman(unsigned int len, const double* src, double* dst, double alpha);
 ZAL_API void WindowHamming(unsigned int len, const float* src, float* dst);

@@ -1,4 +1,9 @@
-// The window fronts: argument moves and one engine call each; the status is dropped.
+// The window fronts: argument moves and one engine call each; the status is dropped. The double
+// Bartlett window goes through a float temporary and the float primitive.
+#include <zalcore/stl_allocator.h>
+
+#include <vector>
+
 #include "engine/core/dispatch.h"
 #include "zalaccelerate/engine_arguments.h"
 #include "zalaccelerate/utility.h"
@@ -13,6 +18,16 @@ using engine_arguments::Length;
 
 void WindowBartlett(unsigned int len, const float* src, float* dst) {
   dispatch::WindowBartlettF32(src, dst, Length(len));
+}
+// Each step runs whatever the previous one did: a refused Bartlett (len 1 or 2) leaves the
+// temporary holding src rounded to float, which then reaches dst. Lengths of 2^31 and more are
+// refused by every step, so they skip the temporary, which would change nothing.
+void WindowBartlett(unsigned int len, const double* src, double* dst) {
+  if (Length(len) < 0) return;
+  std::vector<float, zalcore::STLAllocator<float>> single(len);
+  Convert(len, src, single.data());
+  dispatch::WindowBartlettF32(single.data(), single.data(), Length(len));
+  Convert(len, single.data(), dst);
 }
 void WindowBlackman(unsigned int len, const float* src, float* dst, float alpha) {
   dispatch::WindowBlackmanF32(src, dst, Length(len), alpha);
