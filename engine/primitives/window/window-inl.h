@@ -39,14 +39,29 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
   constexpr std::ptrdiff_t kLanes = VectorOf<T>::kLanes;
   const VF64 lanes = Load(kLaneIndices);
   const auto same = [](VF64 index) { return index; };
-  std::ptrdiff_t i = 0;
-  for (; 2 * (i + kLanes) <= n; i += kLanes) {
-    const auto w = WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same);
-    const std::ptrdiff_t back = n - i - kLanes;
-    const auto front_values = Load(src + i);
+  const auto apply = [&](std::ptrdiff_t at, auto w) {
+    const std::ptrdiff_t back = n - at - kLanes;
+    const auto front_values = Load(src + at);
     const auto back_values = Load(src + back);
-    Store(dst + i, front_values * w);
+    Store(dst + at, front_values * w);
     Store(dst + back, back_values * Reverse(w));
+  };
+  std::ptrdiff_t i = 0;
+  // A weight is a long chain of dependent operations: four registers' chains side by side keep
+  // the arithmetic units busy while each waits for its previous result.
+  for (; 2 * (i + kUnroll * kLanes) <= n; i += kUnroll * kLanes) {
+    const VF64 first = lanes + Broadcast(static_cast<double>(i));
+    const auto w0 = WeightsAt<T>(weight, first, same);
+    const auto w1 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(kLanes)), same);
+    const auto w2 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(2 * kLanes)), same);
+    const auto w3 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(3 * kLanes)), same);
+    apply(i, w0);
+    apply(i + kLanes, w1);
+    apply(i + 2 * kLanes, w2);
+    apply(i + 3 * kLanes, w3);
+  }
+  for (; 2 * (i + kLanes) <= n; i += kLanes) {
+    apply(i, WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same));
   }
   // The middle, shorter than two registers: each lane's weight from its own mirrored index.
   const VF64 last = Broadcast(static_cast<double>(n - 1));
