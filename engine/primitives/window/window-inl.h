@@ -83,7 +83,7 @@ ZAL_INLINE EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alph
   if (const EngStatus status = Check(n, src, dst)) return status;
   if (n < 3) return engStsSizeErr;
   if constexpr (sizeof(T) == 4) {
-    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind, kSineTermsF32>(n, alpha));
+    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind>(n, alpha));
   } else {
     ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
   }

@@ -51,7 +51,8 @@ ZAL_INLINE V Sine(V t) {
 // 8 s^4 make Hann s^2, Hamming 0.08 + 0.92 s^2 and Blackman s^2 ((1 + 4 alpha) - 4 alpha s^2).
 enum class RaisedCosine { kHann, kHamming, kBlackman };
 
-template <RaisedCosine kKind, int kTerms>
+// Float windows: the sine through t^13 on [0, pi/2], 2^-30 of the weight left out.
+template <RaisedCosine kKind>
 struct RaisedCosineWeight {
   double step;  // pi / (N - 1)
   double a;     // Blackman: 1 + 4 alpha
@@ -59,7 +60,7 @@ struct RaisedCosineWeight {
 
   template <class V>
   ZAL_INLINE V operator()(V n) const {
-    const V s = Sine<kTerms>(n * Splat<V>(step));
+    const V s = Sine<kSineTermsF32>(n * Splat<V>(step));
     const V s2 = s * s;
     if constexpr (kKind == RaisedCosine::kHann) {
       return s2;
@@ -71,8 +72,8 @@ struct RaisedCosineWeight {
   }
 };
 
-template <RaisedCosine kKind, int kTerms>
-RaisedCosineWeight<kKind, kTerms> MakeRaisedCosine(int n, double alpha) {
+template <RaisedCosine kKind>
+RaisedCosineWeight<kKind> MakeRaisedCosine(int n, double alpha) {
   return {kPi / (n - 1), 1 + 4 * alpha, -4 * alpha};
 }
 
