@@ -295,13 +295,15 @@ ZAL_INLINE TwoParts<V> PreciseBesselI0OfQuarterSquare(V y_high, V y_low, int ter
   return {high, errors - (high - sum)};
 }
 
-// (a + a_low) / (b + b_low), rounded once but for terms 2^-100 below.
+// (a + a_low) / (b + b_low), rounded once but for terms 2^-100 below, given r = 1 / b rounded:
+// no division (a long wait per register), a multiply and one correction step instead. q b lies
+// within a few roundings of a, so a - q b is exact.
 template <class V>
-ZAL_INLINE V Quotient(TwoParts<V> a, V b, V b_low) {
-  const V q = a.high / b;
+ZAL_INLINE V Quotient(TwoParts<V> a, V b, V b_low, V r) {
+  const V q = a.high * r;
   const V qb = q * b;
   const V remainder = (((a.high - qb) - ProductRemainder(q, b, qb)) + a.low) - q * b_low;
-  return q + remainder / b;
+  return q + remainder * r;
 }
 
 // I0(alpha sqrt(c^2 - (n - c)^2)) / I0(alpha c), c = (N - 1) / 2. The argument's square is
@@ -315,6 +317,7 @@ struct KaiserWeight {
   double quarter_alpha2_low;
   double normaliser;  // I0(alpha c) = normaliser + normaliser_low
   double normaliser_low;
+  double reciprocal;  // 1 / normaliser
   int terms;
 
   template <class V>
@@ -325,9 +328,10 @@ struct KaiserWeight {
       const V y_low =
           ProductRemainder(Splat<V>(quarter_alpha2), m, y) + Splat<V>(quarter_alpha2_low) * m;
       return Quotient(PreciseBesselI0OfQuarterSquare(y, y_low, terms), Splat<V>(normaliser),
-                      Splat<V>(normaliser_low));
+                      Splat<V>(normaliser_low), Splat<V>(reciprocal));
     } else {
-      return BesselI0OfQuarterSquare(y, terms) / Splat<V>(normaliser);
+      // One rounding more than a quotient, far below float's: the centre's 1 - 2^-53 rounds to 1.
+      return BesselI0OfQuarterSquare(y, terms) * Splat<V>(reciprocal);
     }
   }
 };
@@ -358,9 +362,16 @@ KaiserWeight<kPrecise> MakeKaiser(int n, double alpha) {
   if constexpr (kPrecise) {
     const double y_low = ProductRemainder(quarter_alpha2, m, y) + quarter_alpha2_low * m;
     const TwoParts<double> normaliser = PreciseBesselI0OfQuarterSquare(y, y_low, terms);
-    return {last, quarter_alpha2, quarter_alpha2_low, normaliser.high, normaliser.low, terms};
+    return {last,
+            quarter_alpha2,
+            quarter_alpha2_low,
+            normaliser.high,
+            normaliser.low,
+            1 / normaliser.high,
+            terms};
   } else {
-    return {last, quarter_alpha2, 0, BesselI0OfQuarterSquare(y, terms), 0, terms};
+    const double normaliser = BesselI0OfQuarterSquare(y, terms);
+    return {last, quarter_alpha2, 0, normaliser, 0, 1 / normaliser, terms};
   }
 }
 
