@@ -1,6 +1,6 @@
 // Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
-// complex-domain helpers, data movement and layout, sample format conversion, aligned memory and
-// the calling thread's denormal modes.
+// complex-domain helpers, data movement and layout, sample format conversion, windows, aligned
+// memory and the calling thread's denormal modes.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -27,7 +27,9 @@
 //   under every rounding mode. Results of IEEE operations (arithmetic, Sqr, Sqrt, Inverse, sums,
 //   norms, magnitudes, Normalize, VectorSlope) are rounded by the thread's rounding mode, as the
 //   same operations written in C, identically at every level. Exp, Ln, Pow, Inverse_Prec26,
-//   CartToPolar and PolarToCart hold their stated accuracy under rounding to nearest only.
+//   CartToPolar, PolarToCart and the windows hold their stated accuracy under rounding to nearest
+//   only (a window's zero weights may then carry either sign, and its last bits may differ between
+//   levels). The conversions' rules are stated with them.
 #pragma once
 
 #include <complex>
@@ -514,5 +516,45 @@ ZAL_API void SetDenormalExceptionsEnabled(bool enable);
 ZAL_API bool GetFlushDenormalsToZero();
 ZAL_API bool GetDenormalsAreZero();
 ZAL_API bool GetDenormalExceptionsEnabled();
+
+// ---- Window functions
+// ---------------------------------------------------------------------------- dst[n] = w(n) *
+// src[n] for n < len, N = len: the symmetric forms, with N - 1 in the denominator, so that w(n) =
+// w(N - 1 - n). To obtain a window itself, apply it to a vector of ones. src may be dst (in place).
+//   WindowBartlett  w(n) = 2n / (N - 1) for n <= (N - 1) / 2: 0 at both ends, 1 at the centre
+//   WindowHann      w(n) = 0.5 - 0.5 cos(2 pi n / (N - 1))
+//   WindowHamming   w(n) = 0.54 - 0.46 cos(2 pi n / (N - 1))
+//   WindowBlackman  w(n) = (alpha + 1) / 2 - 0.5 cos(2 pi n / (N - 1)) - alpha / 2 cos(4 pi n / (N
+//   - 1))
+//                   (alpha = -0.16 is the classic Blackman window; the ends are 0 for every alpha)
+//   WindowKaiser    w(n) = I0(alpha sqrt(c^2 - (n - c)^2)) / I0(alpha c), c = (N - 1) / 2, I0 the
+//                   modified Bessel function of the first kind of order 0: the usual shape
+//                   parameter beta is alpha (N - 1) / 2; alpha = 0 gives all ones
+// Silent no-ops, nothing written: a null pointer; Bartlett, Hann, Hamming and Blackman with len
+// below 3 (or of 2^31 and more); Kaiser with len 0 (or of 2^31 and more), or with
+// |alpha| (N - 1) / 2 above 38, where I0 outgrows single precision. Kaiser of len 1 copies the
+// element.
+// Accuracy: each weight is within 2 ulp of the exact formula (float windows round a double weight
+// once, within half an ulp) and the product is rounded once; every processor level gives the same
+// bits. Nothing is allocated, except by the double Bartlett window, which works through a float
+// temporary from the core library's recycling allocator (and throws std::bad_alloc if there is no
+// memory for it): src is converted to float, windowed as the float Bartlett window does it, and
+// converted back, so its results carry single-precision rounding. Its steps run whatever the one
+// before did: for len 1 and 2 dst receives src rounded to float, and with a null src and len of 3
+// or more, zeros (the temporary's initial values).
+// DSPWindowType names a window for filter design; there is no Kaiser member, and a consumer
+// treats any value above Hann as Hann.
+enum DSPWindowType : int { Bartlett = 0, Blackman = 1, Hamming = 2, Hann = 3 };
+
+ZAL_API void WindowBartlett(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowBartlett(unsigned int len, const double* src, double* dst);
+ZAL_API void WindowBlackman(unsigned int len, const float* src, float* dst, float alpha);
+ZAL_API void WindowBlackman(unsigned int len, const double* src, double* dst, double alpha);
+ZAL_API void WindowHamming(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowHamming(unsigned int len, const double* src, double* dst);
+ZAL_API void WindowHann(unsigned int len, const float* src, float* dst);
+ZAL_API void WindowHann(unsigned int len, const double* src, double* dst);
+ZAL_API void WindowKaiser(unsigned int len, const float* src, float* dst, float alpha);
+ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, double alpha);
 
 }  // namespace zalaccelerate::utility

@@ -1,6 +1,6 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
-from . import arithmetic, conversion, fft, math, movement, statistics
+from . import arithmetic, conversion, fft, math, movement, statistics, window
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -10,4 +10,5 @@ FAMILIES = {
     "fft": fft,
     "movement": movement,
     "conversion": conversion,
+    "window": window,
 }

@@ -184,6 +184,18 @@
   ZAL_SWAP_BYTES_PRIMITIVES(X, Int24, U24)          \
   ZAL_SWAP_BYTES_PRIMITIVES(X, std::uint32_t, U32)  \
   ZAL_SWAP_BYTES_PRIMITIVES(X, std::uint64_t, U64)
+// Symmetric tapering windows (N - 1 in the denominator) applied to a vector. The double
+// Bartlett window is built from the float one by its wrapper.
+#define ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, T, E)                 \
+  X(window, WindowHann##E, Window<T>, kExact)                  \
+  X(window, WindowHamming##E, Window<T>, kExact)               \
+  X(window, WindowBlackman##E, WindowWithParameter<T>, kExact) \
+  X(window, WindowKaiser##E, WindowWithParameter<T>, kExact)
+
+#define ZAL_WINDOW_PRIMITIVES(X)                      \
+  X(window, WindowBartlettF32, Window<float>, kExact) \
+  ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, float, F32)        \
+  ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, double, F64)
 
 // Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
 // interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
@@ -243,4 +255,5 @@
   ZAL_COMPLEX_PRIMITIVES(X)    \
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
+  ZAL_WINDOW_PRIMITIVES(X)     \
   ZAL_FFT_PRIMITIVES(X)

@@ -134,6 +134,12 @@ template <class T>
 using Fill = EngStatus(T value, T* dst, int n);
 template <class T>
 using Clear = EngStatus(T* dst, int n);
+// Tapering windows: dst[i] = w(i) * src[i], with weights that depend on the position and the
+// length, so these are not elementwise shapes. src may be dst.
+template <class T>
+using Window = EngStatus(const T* src, T* dst, int n);
+template <class T>
+using WindowWithParameter = EngStatus(const T* src, T* dst, int n, T alpha);
 
 // Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a spec block
 // the caller allocates to the queried size; preparation writes its address through `spec`.

@@ -76,7 +76,7 @@ constexpr StatusText kStatusTexts[] = {
     {-42, "engStsTrnglFreqErr: Triangle frequency is out of the range [0, 0.5)"},
     {-41, "engStsTrnglPhaseErr: Triangle phase is out of the range [0, 2*PI)"},
     {-40, "engStsTrnglAsymErr: Triangle asymmetry is out of the range [-PI, PI)"},
-    {-39, "engStsHugeWinErr: Window is too large"},
+    {-39, "engStsHugeWinErr: Kaiser window is too big"},
     {-38, "engStsJaehneErr: Invalid magnitude of the Jaehne test pattern"},
     {-37, "engStsStrideErr: Stride is less than the row length"},
     {-36, "engStsEpsValErr: Epsilon value is negative"},

@@ -43,7 +43,7 @@ Rounding RoundingOf(std::string_view name) {
   constexpr std::string_view kIndependent[] = {"Abs", "Round",     "Min",
                                                "Max", "Threshold", "MulConstantScaled"};
   constexpr std::string_view kNearestOnly[] = {
-      "Exp", "Ln", "PowF", "InverseF64Prec26", "CartToPolar", "PolarToCart"};
+      "Exp", "Ln", "PowF", "InverseF64Prec26", "CartToPolar", "PolarToCart", "Window"};
   for (std::string_view prefix : kIndependent) {
     if (name.starts_with(prefix)) return Rounding::kIndependent;
   }

@@ -431,6 +431,36 @@ struct PolarToCartesian {
   }
 };
 
+// Windows: the weights depend on the position and the length, so the portable variant runs over
+// the whole length.
+template <class T>
+struct Window {
+  using Element = T;
+  using Function = engine::Window<T>;
+  static constexpr int kSources = 1;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kNone;
+  static EngStatus Call(Function* f, const Operands<T>& o) { return f(o.first, o.dst, o.n); }
+};
+
+// The constant is alpha. For Kaiser, the short lengths and the small constants run the window;
+// the rest, with |alpha| (N - 1) / 2 above 38, check that both variants refuse it alike.
+template <class T>
+struct WindowWithParameter {
+  using Element = T;
+  using Function = engine::WindowWithParameter<T>;
+  static constexpr int kSources = 1;
+  static constexpr bool kWholeLength = true;
+  static constexpr Aliasing kAliasings[] = {Aliasing::kNone, Aliasing::kDstIsFirst};
+  static constexpr Operand kPointers[] = {Operand::kFirst, Operand::kDst};
+  static constexpr ConstantKind kConstant = ConstantKind::kByValue;
+  static EngStatus Call(Function* f, const Operands<T>& o) {
+    return f(o.first, o.dst, o.n, o.constant);
+  }
+};
+
 using engine::CompareBytes;
 
 // ---- Data movement

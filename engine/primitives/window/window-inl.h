@@ -1,0 +1,142 @@
+// The window kernels, written once against the vector layer. A window is symmetric, so each
+// weight is computed once, for the first half, and applied to an element of the front and, lanes
+// reversed, to its mirror at the back. Weights are made on the fly in double (no table, nothing
+// allocated) by the formulas of window_weights-inl.h, which the portable variant evaluates
+// element by element: every level gives its bits.
+// Included once per level translation unit, inside which ZAL_LEVEL names the level.
+
+#include <cstddef>
+
+#include "engine/core/primitive_declarations.h"
+#include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/vec-inl.h"
+#include "engine/simd/vec_fft-inl.h"
+
+// After the vector layer, whose Broadcast the weights use.
+#include "engine/primitives/window/window_weights-inl.h"
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+alignas(64) inline constexpr double kLaneIndices[] = {0, 1, 2, 3, 4, 5, 6, 7};
+
+// The weights of the indices in `first` and the lanes after it, each index passed through
+// `index` first, rounded once to a register of T.
+template <class T, class Weight, class Index>
+ZAL_INLINE VectorOf<T> WeightsAt(const Weight& weight, VF64 first, Index index) {
+  if constexpr (sizeof(T) == 4) {
+    const VF64 second = first + Broadcast(static_cast<double>(VF64::kLanes));
+    return Narrow(weight(index(first)), weight(index(second)));
+  } else {
+    return weight(index(first));
+  }
+}
+
+// dst[i] = w(min(i, n - 1 - i)) src[i]. The front and back registers of one step never overlap
+// each other or another step's, and each is read before it is written, so src may be dst.
+template <class T, class Weight>
+ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Weight& weight) {
+  constexpr std::ptrdiff_t kLanes = VectorOf<T>::kLanes;
+  const VF64 lanes = Load(kLaneIndices);
+  const auto same = [](VF64 index) { return index; };
+  const auto apply = [&](std::ptrdiff_t at, auto w) {
+    const std::ptrdiff_t back = n - at - kLanes;
+    const auto front_values = Load(src + at);
+    const auto back_values = Load(src + back);
+    Store(dst + at, DefaultNaN(front_values * w));
+    Store(dst + back, DefaultNaN(back_values * Reverse(w)));
+  };
+  std::ptrdiff_t i = 0;
+  // A weight is a long chain of dependent operations: four registers' chains side by side keep
+  // the arithmetic units busy while each waits for its previous result.
+  for (; 2 * (i + kUnroll * kLanes) <= n; i += kUnroll * kLanes) {
+    const VF64 first = lanes + Broadcast(static_cast<double>(i));
+    const auto w0 = WeightsAt<T>(weight, first, same);
+    const auto w1 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(kLanes)), same);
+    const auto w2 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(2 * kLanes)), same);
+    const auto w3 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(3 * kLanes)), same);
+    apply(i, w0);
+    apply(i + kLanes, w1);
+    apply(i + 2 * kLanes, w2);
+    apply(i + 3 * kLanes, w3);
+  }
+  for (; 2 * (i + kLanes) <= n; i += kLanes) {
+    apply(i, WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same));
+  }
+  // The middle, shorter than two registers: each lane's weight from its own mirrored index.
+  const VF64 last = Broadcast(static_cast<double>(n - 1));
+  const auto mirrored = [last](VF64 index) { return Min(index, last - index); };
+  const std::ptrdiff_t end = n - i;
+  for (; i < end; i += kLanes) {
+    const auto w = WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), mirrored);
+    if (end - i >= kLanes) {
+      Store(dst + i, DefaultNaN(Load(src + i) * w));
+    } else {
+      const int rest = static_cast<int>(end - i);
+      StoreN(dst + i, DefaultNaN(LoadN(src + i, rest) * w), rest);
+    }
+  }
+}
+
+template <class T, RaisedCosine kKind>
+ZAL_INLINE EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alpha) {
+  if (const EngStatus status = Check(n, src, dst)) return status;
+  if (n < 3) return engStsSizeErr;
+  if constexpr (sizeof(T) == 4) {
+    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind>(n, alpha));
+  } else {
+    ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
+  }
+  return engStsNoErr;
+}
+
+template <class T>
+ZAL_INLINE EngStatus KaiserWindow(const T* src, T* dst, int n, T alpha) {
+  if (const EngStatus status = Check(n, src, dst)) return status;
+  if (KaiserTooBig(n, alpha)) return engStsHugeWinErr;
+  if (n == 1) {
+    dst[0] = src[0];
+    return engStsNoErr;
+  }
+  ApplySymmetric(src, dst, n, MakeKaiser<sizeof(T) == 8>(n, alpha));
+  return engStsNoErr;
+}
+
+}  // namespace
+
+EngStatus WindowBartlettF32(const float* src, float* dst, int n) {
+  if (const EngStatus status = Check(n, src, dst)) return status;
+  if (n < 3) return engStsSizeErr;
+  ApplySymmetric(src, dst, n, TriangleWeight{2.0 / (n - 1)});
+  return engStsNoErr;
+}
+
+EngStatus WindowHannF32(const float* src, float* dst, int n) {
+  return RaisedCosineWindow<float, RaisedCosine::kHann>(src, dst, n, 0);
+}
+EngStatus WindowHammingF32(const float* src, float* dst, int n) {
+  return RaisedCosineWindow<float, RaisedCosine::kHamming>(src, dst, n, 0);
+}
+EngStatus WindowBlackmanF32(const float* src, float* dst, int n, float alpha) {
+  return RaisedCosineWindow<float, RaisedCosine::kBlackman>(src, dst, n, alpha);
+}
+EngStatus WindowKaiserF32(const float* src, float* dst, int n, float alpha) {
+  return KaiserWindow(src, dst, n, alpha);
+}
+
+EngStatus WindowHannF64(const double* src, double* dst, int n) {
+  return RaisedCosineWindow<double, RaisedCosine::kHann>(src, dst, n, 0);
+}
+EngStatus WindowHammingF64(const double* src, double* dst, int n) {
+  return RaisedCosineWindow<double, RaisedCosine::kHamming>(src, dst, n, 0);
+}
+EngStatus WindowBlackmanF64(const double* src, double* dst, int n, double alpha) {
+  return RaisedCosineWindow<double, RaisedCosine::kBlackman>(src, dst, n, alpha);
+}
+EngStatus WindowKaiserF64(const double* src, double* dst, int n, double alpha) {
+  return KaiserWindow(src, dst, n, alpha);
+}
+
+}  // namespace zal::engine::ZAL_LEVEL
+
+ZAL_WINDOW_PRIMITIVES(ZAL_CHECK_SHAPE)
