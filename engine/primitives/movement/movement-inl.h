@@ -353,73 +353,23 @@ ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
   return engStsNoErr;
 }
 
-}  // namespace
-
-#define ZAL_COPY_KERNELS(T, E)                     \
-  EngStatus Copy##E(const T* src, T* dst, int n) { \
-    return CopyElements(src, dst, n);              \
-  }
-#define ZAL_MOVE_KERNELS(T, E)                     \
-  EngStatus Move##E(const T* src, T* dst, int n) { \
-    return MoveElements(src, dst, n);              \
-  }
-#define ZAL_FILL_KERNELS(T, E)                   \
-  EngStatus Set##E(T value, T* dst, int n) {     \
-    return FillElements(dst, n, Pattern(value)); \
-  }
-#define ZAL_CLEAR_KERNELS(T, E)      \
-  EngStatus Zero##E(T* dst, int n) { \
-    return FillElements(dst, n, 0);  \
-  }
-#define ZAL_SWAP_KERNELS(T, E)                          \
-  EngStatus SwapBytes##E(const T* src, T* dst, int n) { \
-    return SwapElements(src, dst, n);                   \
-  }                                                     \
-  EngStatus SwapBytes##E##InPlace(T* src_dst, int n) {  \
-    return SwapElements(src_dst, src_dst, n);           \
-  }
-
-ZAL_COPY_KERNELS(unsigned char, U8)
-ZAL_COPY_KERNELS(short, S16)
-ZAL_COPY_KERNELS(std::uint32_t, U32)
-ZAL_COPY_KERNELS(float, F32)
-ZAL_COPY_KERNELS(double, F64)
-ZAL_MOVE_KERNELS(unsigned char, U8)
-ZAL_MOVE_KERNELS(short, S16)
-ZAL_MOVE_KERNELS(std::uint32_t, U32)
-ZAL_MOVE_KERNELS(double, F64)
-ZAL_FILL_KERNELS(unsigned char, U8)
-ZAL_FILL_KERNELS(short, S16)
-ZAL_FILL_KERNELS(std::int32_t, S32)
-ZAL_FILL_KERNELS(float, F32)
-ZAL_FILL_KERNELS(double, F64)
-ZAL_CLEAR_KERNELS(unsigned char, U8)
-ZAL_CLEAR_KERNELS(short, S16)
-ZAL_CLEAR_KERNELS(float, F32)
-ZAL_CLEAR_KERNELS(double, F64)
-ZAL_SWAP_KERNELS(std::uint16_t, U16)
-ZAL_SWAP_KERNELS(std::uint32_t, U32)
-ZAL_SWAP_KERNELS(std::uint64_t, U64)
-
-#undef ZAL_COPY_KERNELS
-#undef ZAL_MOVE_KERNELS
-#undef ZAL_FILL_KERNELS
-#undef ZAL_CLEAR_KERNELS
-#undef ZAL_SWAP_KERNELS
-
-EngStatus FlipF32(const float* src, float* dst, int n) {
-  return ReverseElements(src, dst, n);
-}
-EngStatus FlipF64(const double* src, double* dst, int n) {
-  return ReverseElements(src, dst, n);
+template <class T>
+ZAL_INLINE EngStatus SetElements(T value, T* dst, int n) {
+  return FillElements(dst, n, Pattern(value));
 }
 
-EngStatus SwapBytesU24(const Int24* src, Int24* dst, int n) {
+template <class T>
+ZAL_INLINE EngStatus ClearElements(T* dst, int n) {
+  return FillElements(dst, n, 0);
+}
+
+ZAL_INLINE EngStatus SwapElements(const Int24* src, Int24* dst, int n) {
   return SwapInt24(src, dst, n);
 }
-EngStatus SwapBytesU24InPlace(Int24* src_dst, int n) {
-  return SwapInt24(src_dst, src_dst, n);
-}
+
+}  // namespace
+
+#include "engine/primitives/movement/movement_entries-inl.h"
 
 }  // namespace zal::engine::ZAL_LEVEL
 

@@ -67,79 +67,18 @@ EngStatus SwapElements(const T* src, T* dst, int n) {
   return engStsNoErr;
 }
 
+template <class T>
+EngStatus SetElements(T value, T* dst, int n) {
+  return FillElements(value, dst, n);
+}
+
+template <class T>
+EngStatus ClearElements(T* dst, int n) {
+  return FillElements(T{}, dst, n);
+}
+
 }  // namespace
 
-#define ZAL_MOVEMENT_KERNELS(T, E)                 \
-  EngStatus Copy##E(const T* src, T* dst, int n) { \
-    return CopyElements(src, dst, n);              \
-  }
-#define ZAL_SWAP_KERNELS(T, E)                          \
-  EngStatus SwapBytes##E(const T* src, T* dst, int n) { \
-    return SwapElements(src, dst, n);                   \
-  }                                                     \
-  EngStatus SwapBytes##E##InPlace(T* src_dst, int n) {  \
-    return SwapElements(src_dst, src_dst, n);           \
-  }
-
-ZAL_MOVEMENT_KERNELS(unsigned char, U8)
-ZAL_MOVEMENT_KERNELS(short, S16)
-ZAL_MOVEMENT_KERNELS(std::uint32_t, U32)
-ZAL_MOVEMENT_KERNELS(float, F32)
-ZAL_MOVEMENT_KERNELS(double, F64)
-ZAL_SWAP_KERNELS(std::uint16_t, U16)
-ZAL_SWAP_KERNELS(Int24, U24)
-ZAL_SWAP_KERNELS(std::uint32_t, U32)
-ZAL_SWAP_KERNELS(std::uint64_t, U64)
-#undef ZAL_MOVEMENT_KERNELS
-#undef ZAL_SWAP_KERNELS
-
-EngStatus MoveU8(const unsigned char* src, unsigned char* dst, int n) {
-  return MoveElements(src, dst, n);
-}
-EngStatus MoveS16(const short* src, short* dst, int n) {
-  return MoveElements(src, dst, n);
-}
-EngStatus MoveU32(const std::uint32_t* src, std::uint32_t* dst, int n) {
-  return MoveElements(src, dst, n);
-}
-EngStatus MoveF64(const double* src, double* dst, int n) {
-  return MoveElements(src, dst, n);
-}
-
-EngStatus SetU8(unsigned char value, unsigned char* dst, int n) {
-  return FillElements(value, dst, n);
-}
-EngStatus SetS16(short value, short* dst, int n) {
-  return FillElements(value, dst, n);
-}
-EngStatus SetS32(std::int32_t value, std::int32_t* dst, int n) {
-  return FillElements(value, dst, n);
-}
-EngStatus SetF32(float value, float* dst, int n) {
-  return FillElements(value, dst, n);
-}
-EngStatus SetF64(double value, double* dst, int n) {
-  return FillElements(value, dst, n);
-}
-
-EngStatus ZeroU8(unsigned char* dst, int n) {
-  return FillElements<unsigned char>(0, dst, n);
-}
-EngStatus ZeroS16(short* dst, int n) {
-  return FillElements<short>(0, dst, n);
-}
-EngStatus ZeroF32(float* dst, int n) {
-  return FillElements(0.0f, dst, n);
-}
-EngStatus ZeroF64(double* dst, int n) {
-  return FillElements(0.0, dst, n);
-}
-
-EngStatus FlipF32(const float* src, float* dst, int n) {
-  return ReverseElements(src, dst, n);
-}
-EngStatus FlipF64(const double* src, double* dst, int n) {
-  return ReverseElements(src, dst, n);
-}
+#include "engine/primitives/movement/movement_entries-inl.h"
 
 }  // namespace zal::engine::portable

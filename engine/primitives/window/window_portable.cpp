@@ -39,63 +39,8 @@ void ApplySymmetric(const T* src, T* dst, int n, const Weight& weight) {
   }
 }
 
-template <class T, RaisedCosine kKind>
-EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alpha) {
-  if (const EngStatus status = Check(n, src, dst)) return status;
-  if (n < 3) return engStsSizeErr;
-  if constexpr (sizeof(T) == 4) {
-    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind>(n, alpha));
-  } else {
-    ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
-  }
-  return engStsNoErr;
-}
-
-template <class T>
-EngStatus KaiserWindow(const T* src, T* dst, int n, T alpha) {
-  if (const EngStatus status = Check(n, src, dst)) return status;
-  if (KaiserTooBig(n, alpha)) return engStsHugeWinErr;
-  if (n == 1) {
-    dst[0] = src[0];
-    return engStsNoErr;
-  }
-  ApplySymmetric(src, dst, n, MakeKaiser<sizeof(T) == 8>(n, alpha));
-  return engStsNoErr;
-}
-
 }  // namespace
 
-EngStatus WindowBartlettF32(const float* src, float* dst, int n) {
-  if (const EngStatus status = Check(n, src, dst)) return status;
-  if (n < 3) return engStsSizeErr;
-  ApplySymmetric(src, dst, n, TriangleWeight{2.0 / (n - 1)});
-  return engStsNoErr;
-}
-
-EngStatus WindowHannF32(const float* src, float* dst, int n) {
-  return RaisedCosineWindow<float, RaisedCosine::kHann>(src, dst, n, 0);
-}
-EngStatus WindowHammingF32(const float* src, float* dst, int n) {
-  return RaisedCosineWindow<float, RaisedCosine::kHamming>(src, dst, n, 0);
-}
-EngStatus WindowBlackmanF32(const float* src, float* dst, int n, float alpha) {
-  return RaisedCosineWindow<float, RaisedCosine::kBlackman>(src, dst, n, alpha);
-}
-EngStatus WindowKaiserF32(const float* src, float* dst, int n, float alpha) {
-  return KaiserWindow(src, dst, n, alpha);
-}
-
-EngStatus WindowHannF64(const double* src, double* dst, int n) {
-  return RaisedCosineWindow<double, RaisedCosine::kHann>(src, dst, n, 0);
-}
-EngStatus WindowHammingF64(const double* src, double* dst, int n) {
-  return RaisedCosineWindow<double, RaisedCosine::kHamming>(src, dst, n, 0);
-}
-EngStatus WindowBlackmanF64(const double* src, double* dst, int n, double alpha) {
-  return RaisedCosineWindow<double, RaisedCosine::kBlackman>(src, dst, n, alpha);
-}
-EngStatus WindowKaiserF64(const double* src, double* dst, int n, double alpha) {
-  return KaiserWindow(src, dst, n, alpha);
-}
+#include "engine/primitives/window/window_entries-inl.h"
 
 }  // namespace zal::engine::portable
