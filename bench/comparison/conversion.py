@@ -4,8 +4,11 @@
 Per member and size: our ns/sample and GB/s at the natural level, and each peer's time over ours
 (above 1 we are faster). GB/s counts each sample read and written once."""
 
-from .arithmetic import selected_families, summarise
-from .common import any_of, list_benchmarks, markdown_table, repetitions, size_label
+import sys
+
+from .arithmetic import summarise as summarise_runs
+from .by_member import compare_by_member, ratio_table
+from .common import size_label
 
 BINARIES = ("zal_bench_conversion",)
 PEERS = ("volk", "plain", "plain-native", "two-pass")
@@ -22,6 +25,10 @@ WIDTH_FACTOR = 1.5
 # Fused layout changes against the two passes, at 4 Mi samples.
 FUSED_MEMBERS = ("DeinterleaveS16x2", "DeinterleaveS24x6")
 FUSED_RATIO = 1.5
+
+
+def summarise(runs, families):
+    return summarise_runs(runs, families, PEERS)
 
 
 def rows_by_member(results):
@@ -78,24 +85,10 @@ def markdown(context, rows):
     lines = [f"Natural level {context.get('natural_level', '?')}, one core, medians of "
              f"{context['repetitions']} runs; ratio = the peer's time / ours (> 1: we are faster).",
              ""]
-    lines += markdown_table(
-        ["Member", "n", "ns/sample", "GB/s", *(f"vs {peer}" for peer in PEERS)], "lrrrrrrr",
-        [[r["member"], size_label(r["n"]), f"{r['ns_per_element']:.3f}", f"{r['gb_per_s']:.1f}",
-          *(f"{r['ratios'][peer]:.2f}" if peer in r["ratios"] else "" for peer in PEERS)]
-         for r in rows])
+    lines += ratio_table(rows, PEERS, lambda r: r["member"], "sample")
     return lines + [""]
 
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
-    families = selected_families(list_benchmarks(binary), options.members, options.levels)
-    if not families:
-        return None
-    report = run.report(binary, any_of(families, "/n:"))
-    results = summarise(repetitions(report), families, PEERS)
-    rows = rows_by_member(results)
-    context = run.context(report)
-    targets = check_targets(rows)
-    record = {"context": context, "results": results, "comparison": rows, "targets": targets}
-    return targets, markdown(context, rows), record
+    return compare_by_member(run, options, sys.modules[__name__])

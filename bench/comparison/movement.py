@@ -5,8 +5,11 @@ Per member and size: our ns/element and GB/s at the natural level, and each peer
 ours (above 1 we are faster). GB/s counts each element read and each element written once. The
 interleaving members' n counts frames; their names carry the channel count."""
 
-from .arithmetic import NAME, selected_families
-from .common import any_of, list_benchmarks, markdown_table, median_ns, repetitions, size_label
+import sys
+
+from .arithmetic import NAME
+from .by_member import compare_by_member, ratio_table
+from .common import median_ns, size_label
 
 BINARIES = ("zal_bench_movement",)
 PEERS = ("libc", "plain-native")
@@ -94,24 +97,10 @@ def markdown(context, rows):
     lines = [f"Natural level {context.get('natural_level', '?')}, one core, medians of "
              f"{context['repetitions']} runs; ratio = the peer's time / ours (> 1: we are "
              "faster).", ""]
-    lines += markdown_table(
-        ["Member", "n", "ns/element", "GB/s", *(f"vs {peer}" for peer in PEERS)], "lrrrrr",
-        [[label(r), size_label(r["n"]), f"{r['ns_per_element']:.3f}", f"{r['gb_per_s']:.1f}",
-          *(f"{r['ratios'][peer]:.2f}" if peer in r["ratios"] else "" for peer in PEERS)]
-         for r in rows])
+    lines += ratio_table(rows, PEERS, label)
     return lines + [""]
 
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
-    families = selected_families(list_benchmarks(binary), options.members, options.levels)
-    if not families:
-        return None
-    report = run.report(binary, any_of(families, "/n:"))
-    results = summarise(repetitions(report), families)
-    rows = rows_by_member(results)
-    context = run.context(report)
-    targets = check_targets(rows)
-    record = {"context": context, "results": results, "comparison": rows, "targets": targets}
-    return targets, markdown(context, rows), record
+    return compare_by_member(run, options, sys.modules[__name__])

@@ -5,8 +5,10 @@ ours (above 1 we are faster). GB/s counts each element read and each element wri
 memory-bound size is also set against the machine's read bandwidth, measured by a probe that
 only loads (f32 Read)."""
 
-from .arithmetic import selected_families, summarise
-from .common import any_of, list_benchmarks, markdown_table, repetitions, size_label
+import sys
+
+from .arithmetic import summarise  # noqa: F401 (the family's summary, read by compare_by_member)
+from .by_member import compare_by_member, ratio_table
 
 BINARIES = ("zal_bench_statistics",)
 PEERS = ("plain", "eigen", "volk")
@@ -72,25 +74,10 @@ def markdown(context, rows):
     lines = [f"Natural level {context.get('natural_level', '?')}, one core, medians of "
              f"{context['repetitions']} runs; ratio = the peer's time / ours (> 1: we are faster). "
              "f32 Read is the read-bandwidth probe.", ""]
-    lines += markdown_table(
-        ["Member", "n", "ns/element", "GB/s", *(f"vs {peer}" for peer in PEERS)], "lrrrrrr",
-        [[f"{r['type']} {r['member']}", size_label(r["n"]), f"{r['ns_per_element']:.3f}",
-          f"{r['gb_per_s']:.1f}",
-          *(f"{r['ratios'][peer]:.2f}" if peer in r["ratios"] else "" for peer in PEERS)]
-         for r in rows])
+    lines += ratio_table(rows, PEERS, lambda r: f"{r['type']} {r['member']}")
     return lines + [""]
 
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
-    families = selected_families(list_benchmarks(binary), options.members, options.levels)
-    if not families:
-        return None
-    report = run.report(binary, any_of(families, "/n:"))
-    results = summarise(repetitions(report), families)
-    rows = rows_by_member(results)
-    context = run.context(report)
-    targets = check_targets(rows)
-    record = {"context": context, "results": results, "comparison": rows, "targets": targets}
-    return targets, markdown(context, rows), record
+    return compare_by_member(run, options, sys.modules[__name__])
