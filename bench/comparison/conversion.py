@@ -31,20 +31,6 @@ def summarise(runs, families):
     return summarise_runs(runs, families, PEERS)
 
 
-def rows_by_member(results):
-    rows = {}
-    for result in results:
-        key = (result["member"], result["n"])
-        row = rows.setdefault(key, {"member": key[0], "n": key[1], "peers": {}})
-        if result["contender"] == "ours":
-            row["ns_per_element"] = result["ns_per_element"]
-            row["gb_per_s"] = result["gb_per_s"]
-        else:
-            row["peers"][result["contender"]] = result["ns_per_element"]
-    return [dict(row, ratios={peer: ns / row["ns_per_element"] for peer, ns in row["peers"].items()})
-            for row in rows.values() if "ns_per_element" in row]
-
-
 def check_targets(rows):
     at = {(r["member"], r["n"]): r for r in rows}
     targets = []

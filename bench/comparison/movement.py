@@ -7,9 +7,9 @@ interleaving members' n counts frames; their names carry the channel count."""
 
 import sys
 
-from .arithmetic import NAME
+from .arithmetic import summarise as summarise_runs
 from .by_member import compare_by_member, ratio_table
-from .common import median_ns, size_label
+from .common import size_label
 
 BINARIES = ("zal_bench_movement",)
 PEERS = ("libc", "plain-native")
@@ -29,49 +29,11 @@ TARGETS = (
 
 
 def summarise(runs, families):
-    """Medians per benchmark, in the binary's order of members, then contender and size."""
-    members = list(dict.fromkeys(family.split("/")[0] for family in families))
-    contenders = ("ours", *PEERS)
-    results = []
-    for name, run in runs.items():
-        match = NAME.match(name)
-        if not match:
-            continue
-        n = int(match["n"])
-        ns_per_element = median_ns(run) / n
-        bytes_per_item = run["entry"]["bytes_per_second"] / run["entry"]["items_per_second"]
-        results.append({
-            "name": name,
-            "type": match["type"],
-            "member": match["member"],
-            "contender": match["contender"],
-            "level": int(match["level"]) if match["level"] is not None else None,
-            "n": n,
-            "times_ns": run["times_ns"],
-            "ns_per_element": ns_per_element,
-            "gb_per_s": bytes_per_item / ns_per_element,
-        })
-    return sorted(results, key=lambda r: (members.index(f"{r['type']}.{r['member']}"),
-                                          contenders.index(r["contender"]), r["n"]))
+    return summarise_runs(runs, families, PEERS)
 
 
 def label(row):
     return row["member"] if row["type"] == "f32" else f"{row['type']} {row['member']}"
-
-
-def rows_by_member(results):
-    """One row per member and size: ours at the natural level and every peer's time."""
-    rows = {}
-    for result in results:
-        key = (result["type"], result["member"], result["n"])
-        row = rows.setdefault(key, {"type": key[0], "member": key[1], "n": key[2], "peers": {}})
-        if result["contender"] == "ours":
-            row["ns_per_element"] = result["ns_per_element"]
-            row["gb_per_s"] = result["gb_per_s"]
-        else:
-            row["peers"][result["contender"]] = result["ns_per_element"]
-    return [dict(row, ratios={peer: ns / row["ns_per_element"] for peer, ns in row["peers"].items()})
-            for row in rows.values() if "ns_per_element" in row]
 
 
 def check_targets(rows):

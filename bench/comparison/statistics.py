@@ -27,21 +27,6 @@ BANDWIDTH_MEMBERS = ("Sum", "DotProduct", "NormL2", "MaxIndex", "MinMaxIndex")
 BANDWIDTH_SHARE = 0.9
 
 
-def rows_by_member(results):
-    """One row per member and size: ours at the natural level and every peer's time."""
-    rows = {}
-    for result in results:
-        key = (result["type"], result["member"], result["n"])
-        row = rows.setdefault(key, {"type": key[0], "member": key[1], "n": key[2], "peers": {}})
-        if result["contender"] == "ours":
-            row["ns_per_element"] = result["ns_per_element"]
-            row["gb_per_s"] = result["gb_per_s"]
-        else:
-            row["peers"][result["contender"]] = result["ns_per_element"]
-    return [dict(row, ratios={peer: ns / row["ns_per_element"] for peer, ns in row["peers"].items()})
-            for row in rows.values() if "ns_per_element" in row]
-
-
 def check_targets(rows):
     at = {(r["member"], r["n"]): r for r in rows}
     targets = []
