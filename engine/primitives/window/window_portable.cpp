@@ -13,7 +13,7 @@ namespace zal::engine::portable {
 namespace {
 // The formulas' lane type here is double itself: broadcasting leaves it as it is, and lane masks
 // are plain truth values.
-inline double Broadcast(double x) {
+[[maybe_unused]] inline double Broadcast(double x) {
   return x;
 }
 inline bool LessEqual(double a, double b) {
