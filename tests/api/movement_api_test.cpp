@@ -59,7 +59,7 @@ void FillRandom(T* p, std::size_t n, std::mt19937_64& rng) {
 }
 
 bool SameBytes(const void* a, const void* b, std::size_t n) {
-  return std::memcmp(a, b, n) == 0;
+  return n == 0 || std::memcmp(a, b, n) == 0;
 }
 
 // ---- Zero-length guards -------------------------------------------------------------------------
