@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <optional>
+#include <unordered_set>
 
 #include "engine/core/level.h"
 #include "tests/engine/harness/fp_environment.h"
@@ -149,6 +151,7 @@ bool KeepsNanRuleIn(NanRule rule, const Output& output, std::span<const Output> 
                     Bits default_nan) {
   constexpr Bits kSign = Bits{1} << (sizeof(Bits) * 8 - 1);
   const std::size_t lanes = output.bytes.size() / sizeof(Bits);
+  std::optional<std::unordered_set<Bits>> handed_on;
   for (std::size_t i = 0; i < lanes; ++i) {
     const Bits bits = LaneBits<Bits>(output, i);
     if (!IsNanBits(bits)) continue;
@@ -156,16 +159,21 @@ bool KeepsNanRuleIn(NanRule rule, const Output& output, std::span<const Output> 
       if (bits != default_nan) return false;
       continue;
     }
-    bool found = false;
-    for (const Output& in : inputs) {
-      if (in.lane != lane) continue;
-      for (std::size_t j = 0; j < in.bytes.size() / sizeof(Bits) && !found; ++j) {
-        const Bits candidate = LaneBits<Bits>(in, j);
-        found = candidate == bits || (candidate & ~kSign) == bits;
+    if (!handed_on) {
+      // The inputs' NaNs, as they are and with the sign cleared; gathered once, since long
+      // operands full of NaNs would make a search per output lane quadratic.
+      handed_on.emplace();
+      for (const Output& in : inputs) {
+        if (in.lane != lane) continue;
+        for (std::size_t j = 0; j < in.bytes.size() / sizeof(Bits); ++j) {
+          const Bits candidate = LaneBits<Bits>(in, j);
+          if (!IsNanBits(candidate)) continue;
+          handed_on->insert(candidate);
+          handed_on->insert(candidate & ~kSign);
+        }
       }
-      if (found) break;
     }
-    if (!found) return false;
+    if (!handed_on->contains(bits)) return false;
   }
   return true;
 }

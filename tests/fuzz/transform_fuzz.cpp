@@ -257,15 +257,13 @@ class KindCall {
     return arrays;
   }
 
-  // The NaN rule, and agreement with the first level within a few times the error of a good
-  // transform (in the default mode, on moderate finite data).
+  // Agreement with the first level within a few times the error of a good transform (in the
+  // default mode, on moderate finite data). Which NaN a bin holds is not specified.
   void Check(const Arrays& arrays, std::size_t n) {
     std::vector<std::vector<unsigned char>> results;
     for (int side = 0; side < K::kSides; ++side) {
       const std::size_t bytes = K::DestinationLanes(n, plan_.forward) * sizeof(T);
       results.emplace_back(arrays.destinations[side], arrays.destinations[side] + bytes);
-      Expect(KeepsNanRule(NanRule::kComputed, {LaneOf<T>(), results.back()}, {}),
-             "computed a NaN other than the default quiet NaN");
     }
     if (reference_.empty()) {
       reference_ = std::move(results);
@@ -375,9 +373,6 @@ void ImplCall(FuzzedDataProvider& input) {
       if (i < 2 || !prepared) {
         Expect(buffers[i]->Contents() == before[i],
                i < 2 ? "changed a source" : "an unprepared FFTImpl wrote its destination");
-      } else {
-        Expect(KeepsNanRule(NanRule::kComputed, {LaneOf<T>(), buffers[i]->Contents()}, {}),
-               "computed a NaN other than the default quiet NaN");
       }
     }
   }
