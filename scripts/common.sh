@@ -29,12 +29,13 @@ ZAL_FFT_PACKAGES=(libfftw3-dev)
 # The libFuzzer targets, built by a tree configured with -DZAL_BUILD_FUZZ=ON.
 ZAL_FUZZ_TARGETS=(utility transform)
 
-# run_fuzz_targets DIR SECONDS: runs each fuzz target of build tree DIR for SECONDS from a copy of
-# its seed corpus (the checked-in corpus is never written). A broken promise, a sanitizer report
+# run_fuzz_targets DIR SECONDS [SEED]: runs each fuzz target of build tree DIR for SECONDS from a
+# copy of its seed corpus (the checked-in corpus is never written), with libFuzzer's random seed
+# SEED (default 0: a new one each run). A broken promise, a sanitizer report
 # or a leak stops that target with the input saved under DIR/fuzz-artifacts; the other targets
 # still run, and the function fails.
 run_fuzz_targets() {
-  local dir=$1 seconds=$2
+  local dir=$1 seconds=$2 seed=${3:-0}
   local artifacts="$dir/fuzz-artifacts" failed=()
   mkdir -p "$artifacts"
   for target in "${ZAL_FUZZ_TARGETS[@]}"; do
@@ -43,7 +44,7 @@ run_fuzz_targets() {
     cp "$ZAL_ROOT/tests/fuzz/corpus/$target/"* "$corpus/"
     echo "-- fuzzing $target for ${seconds}s"
     if LSAN_OPTIONS="suppressions=$ZAL_ROOT/tests/fuzz/lsan.supp" \
-      "$dir/tests/fuzz/zal_${target}_fuzz" -max_total_time="$seconds" -rss_limit_mb=4096 \
+      "$dir/tests/fuzz/zal_${target}_fuzz" -max_total_time="$seconds" -seed="$seed" -rss_limit_mb=4096 \
       -timeout=60 -print_final_stats=1 -artifact_prefix="$artifacts/$target-" "$corpus" \
       >"$log" 2>&1; then
       grep -E 'stat::number_of_executed_units' "$log"
