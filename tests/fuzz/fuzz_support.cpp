@@ -150,12 +150,13 @@ template <class Bits>
 bool KeepsNanRuleIn(NanRule rule, const Output& output, std::span<const Output> inputs, Lane lane,
                     Bits default_nan) {
   constexpr Bits kSign = Bits{1} << (sizeof(Bits) * 8 - 1);
+  constexpr Bits kQuiet = Bits{1} << (sizeof(Bits) == 4 ? 22 : 51);
   const std::size_t lanes = output.bytes.size() / sizeof(Bits);
   std::optional<std::unordered_set<Bits>> handed_on;
   for (std::size_t i = 0; i < lanes; ++i) {
     const Bits bits = LaneBits<Bits>(output, i);
     if (!IsNanBits(bits)) continue;
-    if (rule == NanRule::kComputed) {
+    if (rule == NanRule::kComputed || (rule == NanRule::kQuietened && bits == default_nan)) {
       if (bits != default_nan) return false;
       continue;
     }
@@ -168,8 +169,12 @@ bool KeepsNanRuleIn(NanRule rule, const Output& output, std::span<const Output> 
         for (std::size_t j = 0; j < in.bytes.size() / sizeof(Bits); ++j) {
           const Bits candidate = LaneBits<Bits>(in, j);
           if (!IsNanBits(candidate)) continue;
-          handed_on->insert(candidate);
-          handed_on->insert(candidate & ~kSign);
+          if (rule == NanRule::kQuietened) {
+            handed_on->insert(candidate | kQuiet);
+          } else {
+            handed_on->insert(candidate);
+            handed_on->insert(candidate & ~kSign);
+          }
         }
       }
     }

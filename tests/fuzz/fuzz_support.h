@@ -142,8 +142,9 @@ enum class Agreement {
 bool Agree(Agreement agreement, const Output& reference, const Output& got);
 
 enum class NanRule {
-  kComputed,  // every NaN produced is the default quiet NaN
-  kPassed,    // a NaN produced is one of the inputs' NaNs, unchanged (or with its sign cleared)
+  kComputed,   // every NaN produced is the default quiet NaN
+  kPassed,     // a NaN produced is one of the inputs' NaNs, unchanged (or with its sign cleared)
+  kQuietened,  // the default quiet NaN, or one of the inputs' NaNs with its quiet bit set
 };
 
 // Whether every NaN lane of `output` keeps the rule; `inputs` holds the float and double

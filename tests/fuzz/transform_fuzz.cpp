@@ -349,9 +349,9 @@ void ImplCall(FuzzedDataProvider& input) {
     }
     Expect(impl.GetFFTSize() == expected_size, "GetFFTSize is not the length last requested");
     Expect(impl.GetOrder() == expected_order, "GetOrder is not the rounded length's order");
-    // Orders of 32 and more have no block size to check: only that asking is defined.
     const unsigned block = impl.GetBlockSize();
-    if (expected_order < 32) Expect(block == 1u << expected_order, "GetBlockSize is not 2^order");
+    Expect(block == (expected_order <= t::kFFTMaxOrder ? 1u << expected_order : 0u),
+           "GetBlockSize is not 2^order, or 0 beyond the largest order");
     if (expected_order > kLargestRunOrder && expected_order <= t::kFFTMaxOrder) continue;
 
     const bool prepared = expected_order <= t::kFFTMaxOrder;
