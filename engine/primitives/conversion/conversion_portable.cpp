@@ -99,7 +99,12 @@ int FloatToS24Limited(float x, float factor, bool limit_to_unit, bool round) {
   if (limit_to_unit) y = x >= 1.0f ? factor : (x <= -1.0f ? -factor : x * factor);
   if (std::isnan(y)) return -8388608;
   y = LimitAbove(LimitBelow(y, -8388608.0f), 8388607.0f);
-  return static_cast<int>(round ? std::round(y) : std::trunc(y));
+  // Halves away from zero by the fraction the truncation leaves (exact below 2^24), not by the C
+  // library's round, which some runtimes get wrong just below one half.
+  const float truncated = std::trunc(y);
+  const float fraction = y - truncated;
+  const int rounding = !round ? 0 : (fraction >= 0.5f ? 1 : (fraction <= -0.5f ? -1 : 0));
+  return static_cast<int>(truncated) + rounding;
 }
 
 // Binary16 from its fields.
