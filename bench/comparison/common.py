@@ -2,6 +2,7 @@
 shuffled repetitions, collecting each benchmark's times, and printing sizes and tables."""
 
 import json
+import re
 import statistics
 import subprocess
 
@@ -89,3 +90,23 @@ def target_lines(targets):
         state = "met" if target["met"] else "missed: " + "; ".join(target["misses"])
         lines.append(f"- {target['target']}: {state}")
     return lines
+
+
+def compare_at_one_size(run, options, family):
+    """Runs a family module's benchmarks of length family.SIZE (BINARIES, times, rows,
+    check_targets and markdown from the module); returns the targets, Markdown lines and the JSON
+    record, or None when no benchmark matches."""
+    binary = run.binary(family.BINARIES[0])
+    names = [name for name in list_benchmarks(binary)
+             if name.endswith(f"/n:{family.SIZE}") and re.search(options.members, name)]
+    if not names:
+        return None
+    report = run.report(binary, any_of(names, "$"))
+    table = family.times(report)
+    if not table:
+        return None
+    context = run.context(report)
+    targets = family.check_targets(table)
+    record = {"context": context, "ns_per_element": table, "comparison": family.rows(table),
+              "targets": targets}
+    return targets, family.markdown(context, table), record

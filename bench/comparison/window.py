@@ -6,8 +6,9 @@ are faster), and our time / our Mul's, which the targets bound: a window made on
 one applied from a stored table."""
 
 import re
+import sys
 
-from .common import any_of, list_benchmarks, markdown_table, median_ns, repetitions
+from .common import compare_at_one_size, markdown_table, median_ns, repetitions
 
 BINARIES = ("zal_bench_window",)
 NAME = re.compile(r"^(?P<type>f32|f64)\.(?P<member>\w+)/(?P<contender>\w+)/n:(?P<n>\d+)$")
@@ -76,17 +77,4 @@ def markdown(context, table):
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
-    names = [name for name in list_benchmarks(binary)
-             if name.endswith(f"/n:{SIZE}") and re.search(options.members, name)]
-    if not names:
-        return None
-    report = run.report(binary, any_of(names, "$"))
-    table = times(report)
-    if not table:
-        return None
-    context = run.context(report)
-    targets = check_targets(table)
-    record = {"context": context, "ns_per_element": table, "comparison": rows(table),
-              "targets": targets}
-    return targets, markdown(context, table), record
+    return compare_at_one_size(run, options, sys.modules[__name__])
