@@ -517,15 +517,15 @@ ZAL_API bool GetFlushDenormalsToZero();
 ZAL_API bool GetDenormalsAreZero();
 ZAL_API bool GetDenormalExceptionsEnabled();
 
-// ---- Window functions
-// ---------------------------------------------------------------------------- dst[n] = w(n) *
-// src[n] for n < len, N = len: the symmetric forms, with N - 1 in the denominator, so that w(n) =
-// w(N - 1 - n). To obtain a window itself, apply it to a vector of ones. src may be dst (in place).
+// ---- Window functions ---------------------------------------------------------------------------
+// dst[n] = w(n) * src[n] for n < len, N = len: the symmetric forms, with N - 1 in the denominator,
+// so that w(n) = w(N - 1 - n). To obtain a window itself, apply it to a vector of ones. src may be
+// dst (in place).
 //   WindowBartlett  w(n) = 2n / (N - 1) for n <= (N - 1) / 2: 0 at both ends, 1 at the centre
 //   WindowHann      w(n) = 0.5 - 0.5 cos(2 pi n / (N - 1))
 //   WindowHamming   w(n) = 0.54 - 0.46 cos(2 pi n / (N - 1))
-//   WindowBlackman  w(n) = (alpha + 1) / 2 - 0.5 cos(2 pi n / (N - 1)) - alpha / 2 cos(4 pi n / (N
-//   - 1))
+//   WindowBlackman  w(n) = (alpha + 1) / 2 - 0.5 cos(2 pi n / (N - 1))
+//                          - alpha / 2 cos(4 pi n / (N - 1))
 //                   (alpha = -0.16 is the classic Blackman window; the ends are 0 for every alpha)
 //   WindowKaiser    w(n) = I0(alpha sqrt(c^2 - (n - c)^2)) / I0(alpha c), c = (N - 1) / 2, I0 the
 //                   modified Bessel function of the first kind of order 0: the usual shape
