@@ -9,8 +9,10 @@
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 #include "engine/simd/vec-inl.h"
 #include "engine/simd/vec_fft-inl.h"
+#include "engine/simd/vec_math-inl.h"
 
 // After the vector layer, whose Broadcast the weights use.
 #include "engine/primitives/window/window_weights-inl.h"
@@ -75,6 +77,70 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
       const int rest = static_cast<int>(end - i);
       StoreN(dst + i, DefaultNaN(LoadN(src + i, rest) * w), rest);
     }
+  }
+}
+
+// The float raised-cosine windows: the chains of every kBlock indices walked block by block from
+// their anchors, eight registers of them side by side (enough to cover the recurrence's latency),
+// the same bits as the portable variant's index-by-index walk.
+template <class Recurrence>
+ZAL_INLINE void ApplyByRecurrence(const float* src, float* dst, std::ptrdiff_t n,
+                                  const Recurrence& recurrence) {
+  constexpr std::ptrdiff_t kLanes = VF32::kLanes;
+  constexpr std::ptrdiff_t kHalfLanes = VF64::kLanes;
+  constexpr int kChains = 8;
+  constexpr std::ptrdiff_t kSpan = kChains * kHalfLanes;
+  static_assert(kBlock % kSpan == 0);
+  const VF64 lanes = Load(kLaneIndices);
+  const auto apply = [&](std::ptrdiff_t at, VF32 w) {
+    const std::ptrdiff_t back = n - at - kLanes;
+    const VF32 front_values = Load(src + at);
+    const VF32 back_values = Load(src + back);
+    Store(dst + at, DefaultNaN(front_values * w));
+    Store(dst + back, DefaultNaN(back_values * Reverse(w)));
+  };
+  const auto weights_of = [&](VF64 low, VF64 high) {
+    return Narrow(recurrence.Weight(low), recurrence.Weight(high));
+  };
+  // Blocks whose front and back do not meet; the next one holds the middle's weights.
+  const std::ptrdiff_t full = n / (2 * kBlock);
+  alignas(64) float middle[kBlock];
+  for (std::ptrdiff_t first = 0; first <= full; first += kAnchorEvery) {
+    const std::ptrdiff_t last = first + kAnchorEvery - 1 < full ? first + kAnchorEvery - 1 : full;
+    for (std::ptrdiff_t offset = 0; offset < kBlock; offset += kSpan) {
+      SquaredSineChain<VF64> chains[kChains];
+      ZAL_UNROLL_FULLY
+      for (int c = 0; c < kChains; ++c) {
+        const double index = static_cast<double>(first * kBlock + offset + c * kHalfLanes);
+        chains[c] = recurrence.Anchor(lanes + Broadcast(index));
+      }
+      for (std::ptrdiff_t block = first; block <= last; ++block) {
+        if (block > first) {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; ++c) chains[c] = recurrence.Advance(chains[c]);
+        }
+        if (block == full) {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; c += 2) {
+            Store(middle + offset + c * kHalfLanes, weights_of(chains[c].w, chains[c + 1].w));
+          }
+        } else {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; c += 2) {
+            apply(block * kBlock + offset + c * kHalfLanes,
+                  weights_of(chains[c].w, chains[c + 1].w));
+          }
+        }
+      }
+    }
+  }
+  // The middle, under two blocks: its mirrored indices all lie in the block after the full ones.
+  const std::ptrdiff_t i = full * kBlock;
+  std::ptrdiff_t j = i;
+  for (; 2 * (j + kLanes) <= n; j += kLanes) apply(j, Load(middle + (j - i)));
+  for (const std::ptrdiff_t end = n - j; j < end; ++j) {
+    const std::ptrdiff_t mirror = n - 1 - j;
+    dst[j] = DefaultNaN(src[j] * middle[(j < mirror ? j : mirror) - i]);
   }
 }
 

@@ -25,14 +25,12 @@ ZAL_INLINE V Splat(double x) {
 inline constexpr double kPi = 3.141592653589793;
 
 // sin(t) - t = t s P(s), s = t^2: Taylor coefficients of t^21 down to t^3, correctly rounded. On
-// [0, pi/2] the terms left out stay below 2^-59 of the result; the first kSineTermsF32 (through
-// t^13, 2^-30 left out) are plenty for weights rounded to float.
+// [0, pi/2] the terms left out stay below 2^-59 of the result.
 inline constexpr double kSineCoefficients[] = {
     1.9572941063391263e-20, -8.22063524662433e-18,  2.8114572543455206e-15, -7.647163731819816e-13,
     1.6059043836821613e-10, -2.505210838544172e-08, 2.7557319223985893e-06, -0.0001984126984126984,
     0.008333333333333333,   -0.16666666666666666};
 inline constexpr int kSineTerms = 10;
-inline constexpr int kSineTermsF32 = 6;
 // Through t^17 for t up to pi/4: 2^-63 left out.
 inline constexpr int kSineTermsF64 = 8;
 
@@ -51,7 +49,7 @@ ZAL_INLINE V Sine(V t) {
 // 8 s^4 make Hann s^2, Hamming 0.08 + 0.92 s^2 and Blackman s^2 ((1 + 4 alpha) - 4 alpha s^2).
 enum class RaisedCosine { kHann, kHamming, kBlackman };
 
-// Float windows: the sine through t^13 on [0, pi/2], 2^-30 of the weight left out.
+// The float windows' shape: the weight from s^2, the sine's square.
 template <RaisedCosine kKind>
 struct RaisedCosineWeight {
   double step;  // pi / (N - 1)
@@ -59,9 +57,7 @@ struct RaisedCosineWeight {
   double b;     // Blackman: -4 alpha
 
   template <class V>
-  ZAL_INLINE V operator()(V n) const {
-    const V s = Sine<kSineTermsF32>(n * Splat<V>(step));
-    const V s2 = s * s;
+  ZAL_INLINE V FromSquaredSine(V s2) const {
     if constexpr (kKind == RaisedCosine::kHann) {
       return s2;
     } else if constexpr (kKind == RaisedCosine::kHamming) {
@@ -77,6 +73,72 @@ RaisedCosineWeight<kKind> MakeRaisedCosine(int n, double alpha) {
   return {kPi / (n - 1), 1 + 4 * alpha, -4 * alpha};
 }
 
+// Float windows by recurrence. Each index m has its own chain: m, m + kBlock, m + 2 kBlock, ...,
+// anchored from the polynomial at the first two blocks of every kAnchorEvery, then carried on by
+// the three-term recurrence of sin^2 over the block's angle D = kBlock pi / (N - 1):
+//   w(t + D) = (2 - 2g) w(t) - (w(t - D) - g),   g = 2 sin^2(D).
+// A rounding error passed on k steps grows at most k-fold, and every earlier weight of a chain is
+// smaller than the later ones, so the error stays within 2 k^2 roundings of the weight itself:
+// 2^-42 relative, far below float's. The chains do not depend on the register width, so every
+// level gives the same bits.
+inline constexpr int kBlock = 64;
+inline constexpr int kAnchorEvery = 32;
+// Through t^17 on [0, pi/2], 2^-44 left out: an anchor's error is carried on up to kAnchorEvery
+// times.
+inline constexpr int kSineTermsAnchor = 8;
+
+// sin^2 at a chain's current index and at the one kBlock further on.
+template <class V>
+struct SquaredSineChain {
+  V w;
+  V next;
+};
+
+template <RaisedCosine kKind>
+struct RaisedCosineRecurrence {
+  RaisedCosineWeight<kKind> shape;
+  double gain;          // g
+  double twice_cosine;  // 2 - 2g = 2 cos(2D)
+
+  template <class V>
+  ZAL_INLINE V SquaredSine(V m) const {
+    const V s = Sine<kSineTermsAnchor>(m * Splat<V>(shape.step));
+    return s * s;
+  }
+
+  template <class V>
+  ZAL_INLINE SquaredSineChain<V> Anchor(V m) const {
+    return {SquaredSine(m), SquaredSine(m + Splat<V>(kBlock))};
+  }
+
+  template <class V>
+  ZAL_INLINE SquaredSineChain<V> Advance(const SquaredSineChain<V>& chain) const {
+    return {chain.next, Splat<V>(twice_cosine) * chain.next - (chain.w - Splat<V>(gain))};
+  }
+
+  template <class V>
+  ZAL_INLINE V Weight(V s2) const {
+    return shape.FromSquaredSine(s2);
+  }
+
+  // One index's weight, as the kernels reach it: the portable variant's way.
+  ZAL_INLINE double operator()(double m) const {
+    const auto index = static_cast<long long>(m);
+    const long long steps = index / kBlock % kAnchorEvery;
+    SquaredSineChain<double> chain = Anchor(static_cast<double>(index - steps * kBlock));
+    for (long long k = 0; k < steps; ++k) chain = Advance(chain);
+    return Weight(chain.w);
+  }
+};
+
+template <RaisedCosine kKind>
+RaisedCosineRecurrence<kKind> MakeRaisedCosineRecurrence(int n, double alpha) {
+  const RaisedCosineWeight<kKind> shape = MakeRaisedCosine<kKind>(n, alpha);
+  const double sine = std::sin(kBlock * shape.step);
+  const double gain = 2 * sine * sine;
+  return {shape, gain, 2 - 2 * gain};
+}
+
 // The error of the rounded product p = a b, exactly, by Dekker's splitting: plain operations, so
 // the same bits with or without fused multiply-add.
 template <class V>
@@ -86,11 +148,16 @@ ZAL_INLINE V HighHalf(V x) {
 }
 template <class V>
 ZAL_INLINE V ProductRemainder(V a, V b, V p) {
-  const V a_high = HighHalf(a);
-  const V a_low = a - a_high;
-  const V b_high = HighHalf(b);
-  const V b_low = b - b_high;
-  return ((a_high * b_high - p) + a_high * b_low + a_low * b_high) + a_low * b_low;
+  if constexpr (!std::is_same_v<V, double>) {
+    // The vector layer's, by fused multiply-add where the level has it: the same exact value.
+    return ProductError(a, b, p);
+  } else {
+    const V a_high = HighHalf(a);
+    const V a_low = a - a_high;
+    const V b_high = HighHalf(b);
+    const V b_low = b - b_high;
+    return ((a_high * b_high - p) + a_high * b_low + a_low * b_high) + a_low * b_low;
+  }
 }
 
 // (x + x_low) (a + a_low + (b + b_low) (s + s_low)), of double-double operands, rounded once but
