@@ -34,6 +34,24 @@ ZAL_INLINE VectorOf<T> WeightsAt(const Weight& weight, VF64 first, Index index) 
   }
 }
 
+// Two registers of weights, for the elements at `at` and `at + lanes`, applied to them and,
+// lanes reversed, to their mirrors at the back; one comparison per two registers finds NaNs.
+template <class T, class V>
+ZAL_INLINE void ApplyTwoMirrored(const T* src, T* dst, std::ptrdiff_t n, std::ptrdiff_t at, V w0,
+                                 V w1) {
+  constexpr std::ptrdiff_t kLanes = V::kLanes;
+  const std::ptrdiff_t back = n - at - 2 * kLanes;
+  V front0 = Load(src + at) * w0;
+  V front1 = Load(src + at + kLanes) * w1;
+  V back0 = Load(src + back + kLanes) * Reverse(w0);
+  V back1 = Load(src + back) * Reverse(w1);
+  DefaultNaNs(front0, front1, back0, back1);
+  Store(dst + at, front0);
+  Store(dst + at + kLanes, front1);
+  Store(dst + back + kLanes, back0);
+  Store(dst + back, back1);
+}
+
 // dst[i] = w(min(i, n - 1 - i)) src[i]. The front and back registers of one step never overlap
 // each other or another step's, and each is read before it is written, so src may be dst.
 template <class T, class Weight>
@@ -57,10 +75,8 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
     const auto w1 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(kLanes)), same);
     const auto w2 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(2 * kLanes)), same);
     const auto w3 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(3 * kLanes)), same);
-    apply(i, w0);
-    apply(i + kLanes, w1);
-    apply(i + 2 * kLanes, w2);
-    apply(i + 3 * kLanes, w3);
+    ApplyTwoMirrored(src, dst, n, i, w0, w1);
+    ApplyTwoMirrored(src, dst, n, i + 2 * kLanes, w2, w3);
   }
   for (; 2 * (i + kLanes) <= n; i += kLanes) {
     apply(i, WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same));
@@ -126,9 +142,10 @@ ZAL_INLINE void ApplyByRecurrence(const float* src, float* dst, std::ptrdiff_t n
           }
         } else {
           ZAL_UNROLL_FULLY
-          for (int c = 0; c < kChains; c += 2) {
-            apply(block * kBlock + offset + c * kHalfLanes,
-                  weights_of(chains[c].w, chains[c + 1].w));
+          for (int c = 0; c < kChains; c += 4) {
+            ApplyTwoMirrored(src, dst, n, block * kBlock + offset + c * kHalfLanes,
+                             weights_of(chains[c].w, chains[c + 1].w),
+                             weights_of(chains[c + 2].w, chains[c + 3].w));
           }
         }
       }
