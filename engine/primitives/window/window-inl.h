@@ -118,13 +118,15 @@ ZAL_INLINE void ApplyByRecurrence(const float* src, float* dst, std::ptrdiff_t n
   const auto weights_of = [&](VF64 low, VF64 high) {
     return Narrow(recurrence.Weight(low), recurrence.Weight(high));
   };
-  // Blocks whose front and back do not meet; the next one holds the middle's weights.
+  // Blocks whose front and back do not meet; the next one, where the window has a middle, holds
+  // the middle's weights.
   const std::ptrdiff_t full = n / (2 * kBlock);
+  const std::ptrdiff_t blocks = n > 2 * kBlock * full ? full + 1 : full;
   alignas(64) float middle[kBlock];
-  for (std::ptrdiff_t first = 0; first <= full; first += kAnchorEvery) {
-    const std::ptrdiff_t last = first + kAnchorEvery - 1 < full ? first + kAnchorEvery - 1 : full;
+  for (std::ptrdiff_t first = 0; first < blocks; first += kAnchorEvery) {
+    const std::ptrdiff_t last = (first + kAnchorEvery < blocks ? first + kAnchorEvery : blocks) - 1;
     for (std::ptrdiff_t offset = 0; offset < kBlock; offset += kSpan) {
-      SquaredSineChain<VF64> chains[kChains];
+      Chain<VF64> chains[kChains];
       ZAL_UNROLL_FULLY
       for (int c = 0; c < kChains; ++c) {
         const double index = static_cast<double>(first * kBlock + offset + c * kHalfLanes);
@@ -138,14 +140,14 @@ ZAL_INLINE void ApplyByRecurrence(const float* src, float* dst, std::ptrdiff_t n
         if (block == full) {
           ZAL_UNROLL_FULLY
           for (int c = 0; c < kChains; c += 2) {
-            Store(middle + offset + c * kHalfLanes, weights_of(chains[c].w, chains[c + 1].w));
+            Store(middle + offset + c * kHalfLanes, weights_of(chains[c].now, chains[c + 1].now));
           }
         } else {
           ZAL_UNROLL_FULLY
           for (int c = 0; c < kChains; c += 4) {
             ApplyTwoMirrored(src, dst, n, block * kBlock + offset + c * kHalfLanes,
-                             weights_of(chains[c].w, chains[c + 1].w),
-                             weights_of(chains[c + 2].w, chains[c + 3].w));
+                             weights_of(chains[c].now, chains[c + 1].now),
+                             weights_of(chains[c + 2].now, chains[c + 3].now));
           }
         }
       }

@@ -87,47 +87,60 @@ inline constexpr int kAnchorEvery = 32;
 // times.
 inline constexpr int kSineTermsAnchor = 8;
 
-// sin^2 at a chain's current index and at the one kBlock further on.
+// A chain's value at its current index and at the one kBlock further on.
 template <class V>
-struct SquaredSineChain {
-  V w;
+struct Chain {
+  V now;
   V next;
 };
 
+// Hann and Hamming are affine in sin^2, so their weights follow the same recurrence with the
+// constant g (2a + b) for a + b sin^2 and the chains carry the weights themselves; Blackman's
+// chains carry sin^2.
 template <RaisedCosine kKind>
 struct RaisedCosineRecurrence {
+  static constexpr bool kChainsCarryWeights = kKind != RaisedCosine::kBlackman;
+
   RaisedCosineWeight<kKind> shape;
-  double gain;          // g
+  double offset;        // g (2a + b), a + b sin^2 the chains' values
   double twice_cosine;  // 2 - 2g = 2 cos(2D)
 
   template <class V>
-  ZAL_INLINE V SquaredSine(V m) const {
+  ZAL_INLINE V Start(V m) const {
     const V s = Sine<kSineTermsAnchor>(m * Splat<V>(shape.step));
-    return s * s;
+    if constexpr (kChainsCarryWeights) {
+      return shape.FromSquaredSine(s * s);
+    } else {
+      return s * s;
+    }
   }
 
   template <class V>
-  ZAL_INLINE SquaredSineChain<V> Anchor(V m) const {
-    return {SquaredSine(m), SquaredSine(m + Splat<V>(kBlock))};
+  ZAL_INLINE Chain<V> Anchor(V m) const {
+    return {Start(m), Start(m + Splat<V>(kBlock))};
   }
 
   template <class V>
-  ZAL_INLINE SquaredSineChain<V> Advance(const SquaredSineChain<V>& chain) const {
-    return {chain.next, Splat<V>(twice_cosine) * chain.next - (chain.w - Splat<V>(gain))};
+  ZAL_INLINE Chain<V> Advance(const Chain<V>& chain) const {
+    return {chain.next, Splat<V>(twice_cosine) * chain.next - (chain.now - Splat<V>(offset))};
   }
 
   template <class V>
-  ZAL_INLINE V Weight(V s2) const {
-    return shape.FromSquaredSine(s2);
+  ZAL_INLINE V Weight(V value) const {
+    if constexpr (kChainsCarryWeights) {
+      return value;
+    } else {
+      return shape.FromSquaredSine(value);
+    }
   }
 
   // One index's weight, as the kernels reach it: the portable variant's way.
   ZAL_INLINE double operator()(double m) const {
     const auto index = static_cast<long long>(m);
     const long long steps = index / kBlock % kAnchorEvery;
-    SquaredSineChain<double> chain = Anchor(static_cast<double>(index - steps * kBlock));
+    Chain<double> chain = Anchor(static_cast<double>(index - steps * kBlock));
     for (long long k = 0; k < steps; ++k) chain = Advance(chain);
-    return Weight(chain.w);
+    return Weight(chain.now);
   }
 };
 
@@ -136,7 +149,9 @@ RaisedCosineRecurrence<kKind> MakeRaisedCosineRecurrence(int n, double alpha) {
   const RaisedCosineWeight<kKind> shape = MakeRaisedCosine<kKind>(n, alpha);
   const double sine = std::sin(kBlock * shape.step);
   const double gain = 2 * sine * sine;
-  return {shape, gain, 2 - 2 * gain};
+  // Hamming: a = 0.08, b = 0.92.
+  const double offset = kKind == RaisedCosine::kHamming ? gain * 1.08 : gain;
+  return {shape, offset, 2 - 2 * gain};
 }
 
 // The error of the rounded product p = a b, exactly, by Dekker's splitting: plain operations, so
