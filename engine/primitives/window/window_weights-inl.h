@@ -154,8 +154,10 @@ RaisedCosineRecurrence<kKind> MakeRaisedCosineRecurrence(int n, double alpha) {
   return {shape, offset, 2 - 2 * gain};
 }
 
-// The error of the rounded product p = a b, exactly, by Dekker's splitting: plain operations, so
-// the same bits with or without fused multiply-add.
+// The error of the rounded product p = a b, exactly: by Dekker's splitting in plain operations
+// (the portable variant, and the levels without fused multiply-add through the vector layer's
+// ProductError), by one fused multiply-add where the level has it. An exact value is the same
+// value either way, so every level keeps the portable variant's bits.
 template <class V>
 ZAL_INLINE V HighHalf(V x) {
   const V t = Splat<V>(134217729.0) * x;
@@ -164,7 +166,6 @@ ZAL_INLINE V HighHalf(V x) {
 template <class V>
 ZAL_INLINE V ProductRemainder(V a, V b, V p) {
   if constexpr (!std::is_same_v<V, double>) {
-    // The vector layer's, by fused multiply-add where the level has it: the same exact value.
     return ProductError(a, b, p);
   } else {
     const V a_high = HighHalf(a);
