@@ -104,10 +104,15 @@ struct RaisedCosineRecurrence {
   RaisedCosineWeight<kKind> shape;
   double offset;        // g (2a + b), a + b sin^2 the chains' values
   double twice_cosine;  // 2 - 2g = 2 cos(2D)
+  double half_last;     // (N - 1) / 2
 
+  // Indices past the centre (lanes of a short window's only block, whose values no chain
+  // reaches) start from the centre's, so that every value stays in the polynomial's range.
   template <class V>
   ZAL_INLINE V Start(V m) const {
-    const V s = Sine<kSineTermsAnchor>(m * Splat<V>(shape.step));
+    const V centre = Splat<V>(half_last);
+    const V t = Select(LessEqual(m, centre), m, centre) * Splat<V>(shape.step);
+    const V s = Sine<kSineTermsAnchor>(t);
     if constexpr (kChainsCarryWeights) {
       return shape.FromSquaredSine(s * s);
     } else {
@@ -151,7 +156,7 @@ RaisedCosineRecurrence<kKind> MakeRaisedCosineRecurrence(int n, double alpha) {
   const double gain = 2 * sine * sine;
   // Hamming: a = 0.08, b = 0.92.
   const double offset = kKind == RaisedCosine::kHamming ? gain * 1.08 : gain;
-  return {shape, offset, 2 - 2 * gain};
+  return {shape, offset, 2 - 2 * gain, (n - 1) * 0.5};
 }
 
 // The error of the rounded product p = a b, exactly: by Dekker's splitting in plain operations
