@@ -53,9 +53,10 @@ namespace zalaccelerate {
 // rounded up to a 64-byte line, plus 8 upFactor bytes of tables and 128 bytes of header; a work
 // buffer of 2 R elements; the delay line. Nothing is allocated or locked by MRFProcess.
 //
-// Accuracy: each output is a sum of products in the state's precision, the order depending on
-// the instruction set (fused multiply-add where available): within a few units of rounding times
-// sum |h[k] u[t - k]| of the exact result.
+// Accuracy: each output is a sum of its (tapsLen + upFactor - 1) / upFactor products in the
+// state's precision, in an order that depends on the instruction set (fused multiply-add where
+// available), so levels may differ in the last bits. The error from the exact result is at most
+// (terms + 2) eps sum |h[k] u[t - k]|, eps the type's epsilon; typically far less.
 //
 // Arrays must be aligned to their element type, nothing more; src and dst must not overlap.
 // Bad input: MRFInit leaves *state unchanged (set it to null first) when a factor is 0, a phase
