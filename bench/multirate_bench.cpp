@@ -33,6 +33,7 @@ struct Rate {
 constexpr Rate kRates[] = {{"up2", 2, 1}, {"down2", 1, 2}, {"r147over160", 147, 160}};
 constexpr int kPhaseTaps[] = {32, 48, 64};
 constexpr int kOutputsPerCall = 4096;
+constexpr double kPi = 3.14159265358979323846;
 
 int ItersOf(const Rate& rate) {
   return (kOutputsPerCall + rate.up - 1) / rate.up;
@@ -47,8 +48,8 @@ std::vector<T> Lowpass(const Rate& rate, int length) {
   const double middle = (length - 1) / 2.0;
   for (int k = 0; k < length; ++k) {
     const double x = k - middle;
-    const double sinc = x == 0 ? 2 * cutoff : std::sin(2 * M_PI * cutoff * x) / (M_PI * x);
-    const double window = 0.54 - 0.46 * std::cos(2 * M_PI * k / (length - 1));
+    const double sinc = x == 0 ? 2 * cutoff : std::sin(2 * kPi * cutoff * x) / (kPi * x);
+    const double window = 0.54 - 0.46 * std::cos(2 * kPi * k / (length - 1));
     h[static_cast<std::size_t>(k)] = static_cast<T>(sinc * window * rate.up);
   }
   return h;
