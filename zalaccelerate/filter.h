@@ -8,8 +8,10 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "zalaccelerate/export.h"
+#include "zalcore/stl_allocator.h"
 
 namespace zalaccelerate {
 
@@ -18,5 +20,92 @@ namespace zalaccelerate {
 // ---- IIR filter ---------------------------------------------------------------------------------
 
 // ---- Multirate FIR filter -----------------------------------------------------------------------
+//
+// Polyphase resampling: the input is upsampled by upFactor, filtered with one set of taps and
+// downsampled by downFactor in one pass. With u the upsampled input (u[j up + upPhase] = x[j],
+// the other slots zero) and h the taps:
+//   z[t] = sum_{k < tapsLen} h[k] u[t - k],     y[m] = z[m downFactor + downPhase].
+// One iteration reads downFactor inputs and writes upFactor outputs; only the products with real
+// inputs are computed (about tapsLen / upFactor per output).
+//
+// Use:
+//   std::vector<float, zalcore::STLAllocator<float>> history((taps_len + 2 - 1) / 2, 0.0f);
+//   MRFState_Float* state = nullptr;
+//   filter::MRFInit(&state, 2, 1, taps, taps_len, history, 0, 0);   // 2/1, phases 0
+//   if (state) filter::MRFProcess(src, dst, n, state);              // n inputs, 2n outputs
+//   filter::MRFFree(state);
+//
+// Delay line: the last (tapsLen + upFactor - 1) / upFactor inputs before the stream, oldest
+// first (element 0 is the oldest, the last element the input just before the first one). MRFInit
+// copies the caller's vector into the state and the state carries its copy from call to call, so
+// consecutive MRFProcess calls continue one stream: splitting a signal into calls of any whole
+// number of iterations gives the same outputs as one call. The caller's vector is never updated.
+// An empty vector makes a filter without memory: every call starts from silence (zero history)
+// and carries nothing over. A vector of another length is copied as it is: a shorter one is the
+// caller's error (the state's array is zero-filled to the delay line's length, so the missing
+// newest elements read as zeros), the elements of a longer one past that length are not used.
+//
+// Latency: for a symmetric (linear-phase) design, the group delay is
+//   ((tapsLen - 1) / 2 + upPhase - downPhase) / downFactor   output samples
+// (the same time as ((tapsLen - 1) / 2 + upPhase - downPhase) / upFactor input samples). A
+// 147/160 filter of 48 taps per phase (7056 taps) delays by about 22 outputs.
+// Memory per state: the taps regrouped by phase, upFactor x R elements with R the taps per phase
+// rounded up to a 64-byte line, plus 8 upFactor bytes of tables and 128 bytes of header; a work
+// buffer of 2 R elements; the delay line. Nothing is allocated or locked by MRFProcess.
+//
+// Accuracy: each output is a sum of its (tapsLen + upFactor - 1) / upFactor products in the
+// state's precision, in an order that depends on the instruction set (fused multiply-add where
+// available), so levels may differ in the last bits. The error from the exact result is at most
+// (terms + 2) eps sum |h[k] u[t - k]|, eps the type's epsilon; typically far less.
+//
+// Arrays must be aligned to their element type, nothing more; src and dst must not overlap.
+// Bad input: MRFInit leaves *state unchanged (set it to null first) when a factor is 0, a phase
+// is not smaller than its factor, tapsLen is 0, taps is null, or the filter's tables would pass
+// 2 GiB; a delay line longer than the largest array the state can hold throws std::length_error
+// ("vector too long"), and a failed copy std::bad_alloc, with *state unchanged. MRFProcess does
+// nothing for a null pointer, numIters 0 or numIters x downFactor or x upFactor of 2^31 or more.
+// Counts, factors and phases of 2^31 or more are refused as the negative values they are.
+
+// The state's own delay-line array: `size` elements (the caller's vector's) in storage from
+// utility::Malloc_Float / Malloc_Double that holds at least the filter's delay-line length.
+template <class T>
+struct MRFDelayLine {
+  T* data;
+  std::uint32_t size;
+};
+
+struct MRFState_Float {
+  unsigned char* spec;
+  unsigned char* workBuffer;
+  MRFDelayLine<float> dlyLine;
+};
+
+struct MRFState_Double {
+  unsigned char* spec;
+  unsigned char* workBuffer;
+  MRFDelayLine<double> dlyLine;
+};
+
+namespace filter {
+
+ZAL_API void MRFInit(MRFState_Float** state, unsigned int upFactor, unsigned int downFactor,
+                     const float* taps, unsigned int tapsLen,
+                     const std::vector<float, zalcore::STLAllocator<float>>& dlyLine,
+                     unsigned int upPhase, unsigned int downPhase);
+ZAL_API void MRFInit(MRFState_Double** state, unsigned int upFactor, unsigned int downFactor,
+                     const double* taps, unsigned int tapsLen,
+                     const std::vector<double, zalcore::STLAllocator<double>>& dlyLine,
+                     unsigned int upPhase, unsigned int downPhase);
+
+// Reads numIters x downFactor samples from src, writes numIters x upFactor samples to dst.
+ZAL_API void MRFProcess(const float* src, float* dst, unsigned int numIters, MRFState_Float* state);
+ZAL_API void MRFProcess(const double* src, double* dst, unsigned int numIters,
+                        MRFState_Double* state);
+
+// Releases the state; null is ignored.
+ZAL_API void MRFFree(MRFState_Float* state);
+ZAL_API void MRFFree(MRFState_Double* state);
+
+}  // namespace filter
 
 }  // namespace zalaccelerate

@@ -244,6 +244,15 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
+// Multirate polyphase FIR filter: size query for either element type, preparation of the phase
+// bank, and the filter itself.
+#define ZAL_MULTIRATE_PRIMITIVES(X)                            \
+  X(multirate, MultirateFirGetSize, MRFGetSize, kService)      \
+  X(multirate, MultirateFirInitF32, MRFInit<float>, kService)  \
+  X(multirate, MultirateFirInitF64, MRFInit<double>, kService) \
+  X(multirate, MultirateFirF32, MRFFilter<float>, kService)    \
+  X(multirate, MultirateFirF64, MRFFilter<double>, kService)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -256,4 +265,5 @@
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+  ZAL_FFT_PRIMITIVES(X)        \
+  ZAL_MULTIRATE_PRIMITIVES(X)

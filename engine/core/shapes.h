@@ -208,4 +208,20 @@ using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);
 using SetFlag = EngStatus(int flag);
 using VersionQuery = const EngLibraryVersion*();
 
+// ---- Multirate FIR filter ----------------------------------------------------------------------
+// A prepared polyphase filter (MRFSpec, opaque here) lives in a spec block the caller allocates to
+// the queried size, with a work buffer of the queried size beside it. `data_type` is the engine's
+// element code: 13 float, 19 double. Each call runs `iters` periods of down_factor inputs and
+// up_factor outputs; the delay lines (optional, null for silence) hold the last inputs, oldest
+// first, and may be one array.
+struct MRFSpec;
+using MRFGetSize = EngStatus(int up_factor, int down_factor, int taps_len, int data_type,
+                             int* spec_size, int* buf_size);
+template <class T>
+using MRFInit = EngStatus(MRFSpec** spec, const T* taps, int taps_len, int up_factor, int up_phase,
+                          int down_factor, int down_phase, unsigned char* block);
+template <class T>
+using MRFFilter = EngStatus(const T* src, T* dst, int iters, const MRFSpec* spec, const T* dly_src,
+                            T* dly_dst, unsigned char* work);
+
 }  // namespace zal::engine

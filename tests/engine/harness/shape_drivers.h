@@ -553,5 +553,11 @@ using InterleaveS16 = InterleaveConversionDriver<short>;
 using InterleaveS24 = InterleaveConversionDriver<engine::Int24>;
 using InterleaveS32 = InterleaveConversionDriver<int>;
 
+// ---- Multirate FIR filter
+// Not elementwise: tests/engine/multirate_test.cpp covers it at every level.
+using engine::MRFFilter;
+using engine::MRFGetSize;
+using engine::MRFInit;
+
 }  // namespace drivers
 }  // namespace zal::test::harness
