@@ -244,6 +244,16 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
+// ---- Single-rate FIR filter and lowpass design
+// Direct-form FIR: size query, preparation, filtering with optional delay lines. The lowpass
+// design is a windowed sinc in double.
+#define ZAL_FIR_PRIMITIVES(X)                                  \
+  X(fir, FIRGetSizeF32, FIRGetSize, kService)                  \
+  X(fir, FIRInitF32, FIRInit, kService)                        \
+  X(fir, FIRF32, FIRFilter, kService)                          \
+  X(fir, FIRGenLowpassGetBufferSize, LowpassBufferSize, kService) \
+  X(fir, FIRGenLowpassF64, LowpassDesign, kService)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -256,4 +266,5 @@
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+  ZAL_FFT_PRIMITIVES(X)        \
+  ZAL_FIR_PRIMITIVES(X)
