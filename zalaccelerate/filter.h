@@ -40,8 +40,8 @@ namespace zalaccelerate {
 //
 // Threads: a state is used by one thread at a time; distinct states are independent.
 struct FIRState_Float {
-  unsigned char* spec;      // engine specification: the taps in the engine's form
-  float* delayLine;         // tapsLen - 1 floats, oldest first
+  unsigned char* spec;        // engine specification: the taps in the engine's form
+  float* delayLine;           // tapsLen - 1 floats, oldest first
   unsigned char* workBuffer;  // engine scratch for filtering
   std::uint32_t tapsLen;
   std::uint32_t delayLineLen;  // tapsLen - 1

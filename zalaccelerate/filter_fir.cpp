@@ -44,9 +44,8 @@ void FIRInit(FIRState_Float** state, const float* taps, unsigned int tapsLen,
   utility::Zero(tapsLen - 1, record->delayLine);
   record->sampleSlot = utility::Malloc_Float(kSampleSlotLen);
   utility::Zero(kSampleSlotLen, record->sampleSlot);
-  if (!record->spec ||
-      dispatch::FIRInitF32(taps, Length(tapsLen), zal::engine::kFIRAlgorithmDirect,
-                           record->spec) != engStsNoErr) {
+  if (!record->spec || dispatch::FIRInitF32(taps, Length(tapsLen), zal::engine::kFIRAlgorithmDirect,
+                                            record->spec) != engStsNoErr) {
     Release(record);
     return;
   }
@@ -71,8 +70,7 @@ void FIR(FIRState_Float* state, unsigned int len, const float* src, float* dst) 
 }
 
 void FIRSetTaps(FIRState_Float* state, const float* taps) {
-  dispatch::FIRInitF32(taps, Length(state->tapsLen), zal::engine::kFIRAlgorithmDirect,
-                       state->spec);
+  dispatch::FIRInitF32(taps, Length(state->tapsLen), zal::engine::kFIRAlgorithmDirect, state->spec);
 }
 
 void FIRSetDlyLine(FIRState_Float* state, const float* dlyLine) {

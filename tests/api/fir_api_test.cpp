@@ -3,10 +3,10 @@
 // bookkeeping, and the silent refusals.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <algorithm>
 #include <limits>
 #include <memory>
 #include <random>
@@ -69,7 +69,8 @@ Filter Make(const std::vector<float>& taps, const float* history) {
   return Filter(state);
 }
 
-constexpr unsigned kTapCounts[] = {1, 2, 3, 4, 5, 7, 8, 15, 16, 17, 31, 32, 33, 63, 64, 100, 256, 1024};
+constexpr unsigned kTapCounts[] = {1,  2,  3,  4,  5,  7,  8,   15,  16,
+                                   17, 31, 32, 33, 63, 64, 100, 256, 1024};
 
 TEST(FirApi, BlockOutputsMatchTheLongDoubleConvolution) {
   for (const unsigned taps : kTapCounts) {
@@ -228,7 +229,8 @@ TEST(FirApi, RefusedBlocksWriteNothing) {
   Filter f = Make(h, history.data());
   const std::vector<float> src(16, 1.0f);
   std::vector<float> dst(16, 42.0f);
-  for (const unsigned len : {0u, 0x80000000u, 0xFFFFFFFFu}) FIR(f.get(), len, src.data(), dst.data());
+  for (const unsigned len : {0u, 0x80000000u, 0xFFFFFFFFu})
+    FIR(f.get(), len, src.data(), dst.data());
   FIR(f.get(), 16, nullptr, dst.data());
   FIR(f.get(), 16, src.data(), nullptr);
   EXPECT_EQ(dst, std::vector<float>(16, 42.0f));

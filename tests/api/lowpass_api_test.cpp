@@ -50,8 +50,8 @@ std::vector<long double> Reference(double f, int len, int code, bool normalize) 
 std::vector<double> Design(double f, unsigned len, int window, bool normalize) {
   std::vector<double> taps(len, 0.0);
   std::vector<unsigned char> buffer(FIRGetWorkBufferSize(len));
-  GenerateLowpassFIRCoefficients(f, len, taps.data(), static_cast<DSPWindowType>(window),
-                                 normalize, buffer.data());
+  GenerateLowpassFIRCoefficients(f, len, taps.data(), static_cast<DSPWindowType>(window), normalize,
+                                 buffer.data());
   return taps;
 }
 
@@ -89,8 +89,12 @@ TEST(LowpassApi, RefusedArgumentsLeaveTheTapsUnwritten) {
     unsigned len;
     bool null_buffer;
   };
-  const Case cases[] = {{0.2, 4, false},   {0.2, 0, false},    {0.0, 31, false},
-                        {0.5, 31, false},  {-0.1, 31, false},  {0.2, 31, true},
+  const Case cases[] = {{0.2, 4, false},
+                        {0.2, 0, false},
+                        {0.0, 31, false},
+                        {0.5, 31, false},
+                        {-0.1, 31, false},
+                        {0.2, 31, true},
                         {std::numeric_limits<double>::quiet_NaN(), 31, false},
                         {0.2, 0x80000000u, false}};
   for (const Case& c : cases) {
@@ -122,8 +126,7 @@ struct Textbook {
   double error_db;
   double transition;
 };
-constexpr Textbook kTextbook[] = {
-    {0, -25, 3.05}, {1, -74, 5.5}, {2, -53, 3.3}, {3, -44, 3.1}};
+constexpr Textbook kTextbook[] = {{0, -25, 3.05}, {1, -74, 5.5}, {2, -53, 3.3}, {3, -44, 3.1}};
 
 TEST(LowpassApi, EachWindowReachesItsTextbookRippleAndStopband) {
   constexpr unsigned kLen = 101;

@@ -553,5 +553,13 @@ using InterleaveS16 = InterleaveConversionDriver<short>;
 using InterleaveS24 = InterleaveConversionDriver<engine::Int24>;
 using InterleaveS32 = InterleaveConversionDriver<int>;
 
+// ---- Single-rate FIR filter and lowpass design
+// Not elementwise: tests/engine/fir_test.cpp runs them at every level.
+using engine::FIRFilter;
+using engine::FIRGetSize;
+using engine::FIRInit;
+using engine::LowpassBufferSize;
+using engine::LowpassDesign;
+
 }  // namespace drivers
 }  // namespace zal::test::harness
