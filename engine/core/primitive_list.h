@@ -247,10 +247,10 @@
 // ---- Single-rate FIR filter and lowpass design
 // Direct-form FIR: size query, preparation, filtering with optional delay lines. The lowpass
 // design is a windowed sinc in double.
-#define ZAL_FIR_PRIMITIVES(X)                                  \
-  X(fir, FIRGetSizeF32, FIRGetSize, kService)                  \
-  X(fir, FIRInitF32, FIRInit, kService)                        \
-  X(fir, FIRF32, FIRFilter, kService)                          \
+#define ZAL_FIR_PRIMITIVES(X)                                     \
+  X(fir, FIRGetSizeF32, FIRGetSize, kService)                     \
+  X(fir, FIRInitF32, FIRInit, kService)                           \
+  X(fir, FIRF32, FIRFilter, kService)                             \
   X(fir, FIRGenLowpassGetBufferSize, LowpassBufferSize, kService) \
   X(fir, FIRGenLowpassF64, LowpassDesign, kService)
 

@@ -211,8 +211,8 @@ using FIRInit = EngStatus(const float* taps, int taps_len, int algorithm, unsign
 using FIRFilter = EngStatus(const float* src, float* dst, int n, const unsigned char* spec,
                             const float* dly_src, float* dly_dst, unsigned char* work);
 using LowpassBufferSize = EngStatus(int taps_len, int* buffer_size);
-using LowpassDesign = EngStatus(double rfreq, double* taps, int taps_len, int window,
-                                int normalize, unsigned char* buffer);
+using LowpassDesign = EngStatus(double rfreq, double* taps, int taps_len, int window, int normalize,
+                                unsigned char* buffer);
 
 using Allocate = void*(int count);
 using Release = void(void* block);
