@@ -1,6 +1,8 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
 from . import arithmetic, conversion, fft, math, movement, statistics, window
+# Single-rate FIR filter
+from . import fir
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -11,4 +13,6 @@ FAMILIES = {
     "movement": movement,
     "conversion": conversion,
     "window": window,
+    # Single-rate FIR filter
+    "fir": fir,
 }
