@@ -29,6 +29,11 @@ constexpr int kLanes = VF32::kLanes;
 // Output registers per pass: each keeps four accumulators, within the register file.
 constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 4 : 2;
 
+// Table rows: taps + lanes - 1, rounded up to a multiple of 4.
+constexpr std::ptrdiff_t RowCount(std::ptrdiff_t taps) {
+  return (taps + kLanes - 1 + 3) / 4 * 4;
+}
+
 struct Tables {
   const float* reversed;
   const float* table;
@@ -69,7 +74,7 @@ ZAL_INLINE void Row(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptr
   if constexpr (kMasked) {
     const std::ptrdiff_t front = j < kLanes - 1 ? j : kLanes - 1;
     const std::ptrdiff_t past = j - t.taps + 1;
-    const std::ptrdiff_t back = past < 0 ? 0 : past;
+    const std::ptrdiff_t back = past < 0 ? 0 : (past > kLanes ? kLanes : past);
     const VF32 mask = And(Load(t.front_mask + front * kLanes), Load(t.back_mask + back * kLanes));
     ((acc[r][k] = MulAdd(And(Broadcast(b[j + r * kLanes]), mask), row, acc[r][k])), ...);
   } else {
@@ -93,33 +98,116 @@ ZAL_INLINE void Rows(VF32 (&acc)[R][4], const Tables& t, const float* b, std::pt
   if (j + 2 < end) Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
 }
 
-// R registers of outputs starting at b.
-template <int R>
+// R registers of outputs starting at b. Unmasked, the lanes outside the taps add 0 times a
+// finite input, +-0, which leaves every accumulator as it is: the same bits as masked.
+template <int R, bool kMasked>
 ZAL_INLINE void Outputs(const Tables& t, const float* b, float* out) {
   VF32 acc[R][4];
   for (auto& chains : acc) {
     for (auto& chain : chains) chain = Broadcast(0.0f);
   }
-  const std::ptrdiff_t end = t.taps + kLanes - 1;
-  // Unmasked rows: every lane's tap index in range; both bounds on multiples of 4.
-  std::ptrdiff_t plain_begin = (kLanes - 1 + 3) / 4 * 4;
-  if (plain_begin > end) plain_begin = end;
-  std::ptrdiff_t plain_end = t.taps / 4 * 4;
-  if (plain_end < plain_begin) plain_end = plain_begin;
-  Rows<R, true>(acc, t, b, 0, plain_begin);
-  Rows<R, false>(acc, t, b, plain_begin, plain_end);
-  Rows<R, true>(acc, t, b, plain_end, end);
+  // The rows run on to a multiple of 4 (zero rows past taps + lanes - 1), so that each region
+  // is whole groups of four and the accumulators stay in registers.
+  const std::ptrdiff_t end = RowCount(t.taps);
+  if constexpr (kMasked) {
+    // Unmasked rows: every lane's tap index in range; both bounds on multiples of 4.
+    std::ptrdiff_t plain_begin = (kLanes - 1 + 3) / 4 * 4;
+    if (plain_begin > end) plain_begin = end;
+    std::ptrdiff_t plain_end = t.taps / 4 * 4;
+    if (plain_end < plain_begin) plain_end = plain_begin;
+    Rows<R, true>(acc, t, b, 0, plain_begin);
+    Rows<R, false>(acc, t, b, plain_begin, plain_end);
+    Rows<R, true>(acc, t, b, plain_end, end);
+  } else {
+    Rows<R, false>(acc, t, b, 0, end);
+  }
   for (int r = 0; r < R; ++r) {
     Store(out + r * kLanes, (acc[r][0] + acc[r][2]) + (acc[r][1] + acc[r][3]));
   }
 }
 
-// out[p] = sum over m of g[m] b[p + m] for p < count; reads b[0, count + taps - 1).
-void FilterRange(const Tables& t, const float* b, float* out, std::ptrdiff_t count) {
+// Whether b[0, n) holds only finite values: x - x is 0 for them and NaN for the others.
+ZAL_INLINE bool AllFinite(const float* b, std::ptrdiff_t n) {
+  VF32 sum = Broadcast(0.0f);
+  std::ptrdiff_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) {
+    const VF32 x = Load(b + i);
+    sum = sum + (x - x);
+  }
+  if (i < n) {
+    const VF32 x = LoadN(b + i, static_cast<int>(n - i));
+    sum = sum + (x - x);
+  }
+  return !AnyLane(Unordered(sum, sum));
+}
+
+// out[p] = sum over m of g[m] b[p + m] for p < count; reads b[0, count + taps - 1) and up to
+// kFIRLineSlack zeros after it.
+template <bool kMasked>
+void FilterRangeAs(const Tables& t, const float* b, float* out, std::ptrdiff_t count) {
   std::ptrdiff_t p = 0;
-  for (; p + kBlock * kLanes <= count; p += kBlock * kLanes) Outputs<kBlock>(t, b + p, out + p);
-  for (; p + kLanes <= count; p += kLanes) Outputs<1>(t, b + p, out + p);
+  for (; p + kBlock * kLanes <= count; p += kBlock * kLanes) {
+    Outputs<kBlock, kMasked>(t, b + p, out + p);
+  }
+  for (; p + kLanes <= count; p += kLanes) Outputs<1, kMasked>(t, b + p, out + p);
   for (; p < count; ++p) out[p] = OneOutput(t, b + p);
+}
+
+// Masks cost loads and operations on a tenth to a half of the rows: only a line with an infinite
+// or NaN input needs them.
+void FilterRange(const Tables& t, const float* b, float* out, std::ptrdiff_t count) {
+  if (AllFinite(b, count + t.taps - 1)) {
+    FilterRangeAs<false>(t, b, out, count);
+  } else {
+    FilterRangeAs<true>(t, b, out, count);
+  }
+}
+
+// Blocks this short go without the line: each output from the delay line and src directly.
+constexpr int kShortBlock = 4;
+
+// Output p of a short block: b[m] is dly[p + m] below taps - 1 - p, src[p + m - (taps - 1)] on.
+ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src,
+                             std::ptrdiff_t p) {
+  const float* g = t.reversed;
+  const std::ptrdiff_t split = t.taps - 1 - p > 0 ? t.taps - 1 - p : 0;
+  float c[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+  std::ptrdiff_t m = 0;
+  if (dly) {
+    for (; m + 4 <= split; m += 4) {
+      c[0] = ScalarMulAdd(g[m], dly[p + m], c[0]);
+      c[1] = ScalarMulAdd(g[m + 1], dly[p + m + 1], c[1]);
+      c[2] = ScalarMulAdd(g[m + 2], dly[p + m + 2], c[2]);
+      c[3] = ScalarMulAdd(g[m + 3], dly[p + m + 3], c[3]);
+    }
+    for (; m < split; ++m) c[m % 4] = ScalarMulAdd(g[m], dly[p + m], c[m % 4]);
+  } else {
+    // Silence before the block: 0 times a finite tap leaves each chain as it is.
+    for (; m < split; ++m) c[m % 4] = ScalarMulAdd(g[m], 0.0f, c[m % 4]);
+  }
+  for (; m < t.taps; ++m) c[m % 4] = ScalarMulAdd(g[m], src[p + m - (t.taps - 1)], c[m % 4]);
+  return (c[0] + c[2]) + (c[1] + c[3]);
+}
+
+// A block of at most kShortBlock samples. The inputs are read before anything is written, so
+// src may be dst.
+void FilterShort(const Tables& t, const float* src, float* dst, int n, const float* dly_src,
+                 float* dly_dst) {
+  float in[kShortBlock];
+  float out[kShortBlock];
+  for (int p = 0; p < n; ++p) in[p] = src[p];
+  for (int p = 0; p < n; ++p) out[p] = ShortOutput(t, dly_src, in, p);
+  if (dly_dst) {
+    const std::ptrdiff_t history = t.taps - 1;
+    const std::ptrdiff_t kept = history > n ? history - n : 0;
+    if (dly_src) {
+      std::memmove(dly_dst, dly_src + (history - kept), static_cast<std::size_t>(kept) * 4);
+    } else {
+      std::memset(dly_dst, 0, static_cast<std::size_t>(kept) * 4);
+    }
+    for (std::ptrdiff_t j = kept; j < history; ++j) dly_dst[j] = in[n - (history - j)];
+  }
+  for (int p = 0; p < n; ++p) dst[p] = out[p];
 }
 
 Tables TablesOf(const unsigned char* spec) {
@@ -143,7 +231,7 @@ EngStatus FIRInitF32(const float* taps, int taps_len, int algorithm, unsigned ch
   if (taps_len <= 0) return engStsSizeErr;
   if (algorithm != kFIRAlgorithmDirect) return engStsNotSupportedModeErr;
   const std::ptrdiff_t n = taps_len;
-  const std::ptrdiff_t rows = n + kLanes - 1;
+  const std::ptrdiff_t rows = RowCount(n);
   FIRSpecHeader header{};
   header.lanes = kLanes;
   header.taps_len = taps_len;
@@ -186,6 +274,10 @@ EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
   std::memcpy(&header, spec, sizeof header);
   if (header.lanes != kLanes) return engStsContextMatchErr;
   const Tables t = TablesOf(spec);
+  if (n <= kShortBlock) {
+    FilterShort(t, src, dst, n, dly_src, dly_dst);
+    return engStsNoErr;
+  }
   const std::size_t history = static_cast<std::size_t>(t.taps - 1);
   auto* line = reinterpret_cast<float*>(work);
   if (dly_src) {
@@ -197,6 +289,7 @@ EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
   for (std::ptrdiff_t done = 0; done < n;) {
     const std::ptrdiff_t chunk = n - done < kFIRChunk ? n - done : kFIRChunk;
     std::memcpy(line + history, src + done, static_cast<std::size_t>(chunk) * sizeof(float));
+    std::memset(line + history + chunk, 0, kFIRLineSlack * sizeof(float));
     FilterRange(t, line, dst + done, chunk);
     std::memmove(line, line + chunk, history * sizeof(float));
     done += chunk;

@@ -20,9 +20,9 @@ EngStatus FIRSizes(int taps_len, int* spec_size, int* work_size) {
   if (taps_len <= 0) return engStsSizeErr;
   const std::int64_t taps = taps_len;
   const std::int64_t spec_floats = kFIRHeaderFloats + RoundToLine(taps) +
-                                   (taps + kFIRMaxLanes - 1) * kFIRMaxLanes +
+                                   (taps + kFIRMaxLanes - 1 + 3) / 4 * 4 * kFIRMaxLanes +
                                    (2 * kFIRMaxLanes + 1) * kFIRMaxLanes;
-  const std::int64_t work_floats = taps - 1 + kFIRChunk;
+  const std::int64_t work_floats = taps - 1 + kFIRChunk + kFIRLineSlack;
   if (4 * spec_floats > kMaxBlock || 4 * work_floats > kMaxBlock) return engStsSizeErr;
   *spec_size = static_cast<int>(4 * spec_floats);
   *work_size = static_cast<int>(4 * work_floats);

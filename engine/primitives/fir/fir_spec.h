@@ -14,6 +14,8 @@ inline constexpr int kFIRDataTypeF32 = 13;
 inline constexpr int kFIRAlgorithmDirect = 0;
 // Outputs per pass through the work buffer (history, then a chunk of input).
 inline constexpr int kFIRChunk = 2048;
+// Zeros after the line's input, which the last rows of a register of outputs read.
+inline constexpr int kFIRLineSlack = 4;
 // The widest register any level lays its tables out for, in floats.
 inline constexpr int kFIRMaxLanes = 16;
 // The header takes one 64-byte line.
@@ -23,7 +25,8 @@ struct FIRSpecHeader {
   std::int32_t lanes;  // register width the tables were laid out for: a spec runs only there
   std::int32_t taps_len;
   std::int32_t reversed;    // g[m] = h[taps_len - 1 - m]
-  std::int32_t table;       // taps_len + lanes - 1 registers: lane i of register j is g[j - i]
+  std::int32_t table;       // taps_len + lanes - 1 registers, rounded up to a multiple of 4:
+                            // lane i of register j is g[j - i] (0 outside the taps)
   std::int32_t front_mask;  // lanes registers: register k keeps lanes 0 .. k
   std::int32_t back_mask;   // lanes + 1 registers: register t keeps lanes t .. lanes - 1
 };
