@@ -166,26 +166,41 @@ void FilterRange(const Tables& t, const float* b, float* out, std::ptrdiff_t cou
 // Blocks this short go without the line: each output from the delay line and src directly.
 constexpr int kShortBlock = 4;
 
+// Chains c[k] += g[m] x[m] for m in [begin, end), k = m mod 4, four at a time where m allows.
+ZAL_INLINE void AddTerms(float (&c)[4], const float* g, const float* x, std::ptrdiff_t begin,
+                         std::ptrdiff_t end) {
+  std::ptrdiff_t m = begin;
+  for (; m < end && m % 4 != 0; ++m) {
+    const int k = static_cast<int>(m % 4);
+    if (k == 1) c[1] = ScalarMulAdd(g[m], x[m], c[1]);
+    if (k == 2) c[2] = ScalarMulAdd(g[m], x[m], c[2]);
+    if (k == 3) c[3] = ScalarMulAdd(g[m], x[m], c[3]);
+  }
+  for (; m + 4 <= end; m += 4) {
+    c[0] = ScalarMulAdd(g[m], x[m], c[0]);
+    c[1] = ScalarMulAdd(g[m + 1], x[m + 1], c[1]);
+    c[2] = ScalarMulAdd(g[m + 2], x[m + 2], c[2]);
+    c[3] = ScalarMulAdd(g[m + 3], x[m + 3], c[3]);
+  }
+  if (m < end) c[0] = ScalarMulAdd(g[m], x[m], c[0]);
+  if (m + 1 < end) c[1] = ScalarMulAdd(g[m + 1], x[m + 1], c[1]);
+  if (m + 2 < end) c[2] = ScalarMulAdd(g[m + 2], x[m + 2], c[2]);
+}
+
 // Output p of a short block: b[m] is dly[p + m] below taps - 1 - p, src[p + m - (taps - 1)] on.
+// Silence before the block is a line of zeros: 0 times a tap, as the line would give.
 ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src,
                              std::ptrdiff_t p) {
-  const float* g = t.reversed;
   const std::ptrdiff_t split = t.taps - 1 - p > 0 ? t.taps - 1 - p : 0;
   float c[4] = {0.0f, 0.0f, 0.0f, 0.0f};
-  std::ptrdiff_t m = 0;
   if (dly) {
-    for (; m + 4 <= split; m += 4) {
-      c[0] = ScalarMulAdd(g[m], dly[p + m], c[0]);
-      c[1] = ScalarMulAdd(g[m + 1], dly[p + m + 1], c[1]);
-      c[2] = ScalarMulAdd(g[m + 2], dly[p + m + 2], c[2]);
-      c[3] = ScalarMulAdd(g[m + 3], dly[p + m + 3], c[3]);
-    }
-    for (; m < split; ++m) c[m % 4] = ScalarMulAdd(g[m], dly[p + m], c[m % 4]);
+    AddTerms(c, t.reversed, dly + p, 0, split);
   } else {
-    // Silence before the block: 0 times a finite tap leaves each chain as it is.
-    for (; m < split; ++m) c[m % 4] = ScalarMulAdd(g[m], 0.0f, c[m % 4]);
+    for (std::ptrdiff_t m = 0; m < split; ++m) {
+      c[m % 4] = ScalarMulAdd(t.reversed[m], 0.0f, c[m % 4]);
+    }
   }
-  for (; m < t.taps; ++m) c[m % 4] = ScalarMulAdd(g[m], src[p + m - (t.taps - 1)], c[m % 4]);
+  AddTerms(c, t.reversed, src + p - (t.taps - 1), split, t.taps);
   return (c[0] + c[2]) + (c[1] + c[3]);
 }
 
@@ -208,6 +223,29 @@ void FilterShort(const Tables& t, const float* src, float* dst, int n, const flo
     for (std::ptrdiff_t j = kept; j < history; ++j) dly_dst[j] = in[n - (history - j)];
   }
   for (int p = 0; p < n; ++p) dst[p] = out[p];
+}
+
+// A block through the line. Kept out of FIRF32, so that a short block does not pay for this
+// frame.
+ZAL_NOINLINE void FilterLong(const Tables& t, const float* src, float* dst, int n,
+                             const float* dly_src, float* dly_dst, unsigned char* work) {
+  const std::size_t history = static_cast<std::size_t>(t.taps - 1);
+  auto* line = reinterpret_cast<float*>(work);
+  if (dly_src) {
+    std::memmove(line, dly_src, history * sizeof(float));
+  } else {
+    std::memset(line, 0, history * sizeof(float));
+  }
+  // Each chunk is copied behind the history before any output is written, so src may be dst.
+  for (std::ptrdiff_t done = 0; done < n;) {
+    const std::ptrdiff_t chunk = n - done < kFIRChunk ? n - done : kFIRChunk;
+    std::memcpy(line + history, src + done, static_cast<std::size_t>(chunk) * sizeof(float));
+    std::memset(line + history + chunk, 0, kFIRLineSlack * sizeof(float));
+    FilterRange(t, line, dst + done, chunk);
+    std::memmove(line, line + chunk, history * sizeof(float));
+    done += chunk;
+  }
+  if (dly_dst) std::memmove(dly_dst, line, history * sizeof(float));
 }
 
 Tables TablesOf(const unsigned char* spec) {
@@ -278,23 +316,7 @@ EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
     FilterShort(t, src, dst, n, dly_src, dly_dst);
     return engStsNoErr;
   }
-  const std::size_t history = static_cast<std::size_t>(t.taps - 1);
-  auto* line = reinterpret_cast<float*>(work);
-  if (dly_src) {
-    std::memmove(line, dly_src, history * sizeof(float));
-  } else {
-    std::memset(line, 0, history * sizeof(float));
-  }
-  // Each chunk is copied behind the history before any output is written, so src may be dst.
-  for (std::ptrdiff_t done = 0; done < n;) {
-    const std::ptrdiff_t chunk = n - done < kFIRChunk ? n - done : kFIRChunk;
-    std::memcpy(line + history, src + done, static_cast<std::size_t>(chunk) * sizeof(float));
-    std::memset(line + history + chunk, 0, kFIRLineSlack * sizeof(float));
-    FilterRange(t, line, dst + done, chunk);
-    std::memmove(line, line + chunk, history * sizeof(float));
-    done += chunk;
-  }
-  if (dly_dst) std::memmove(dly_dst, line, history * sizeof(float));
+  FilterLong(t, src, dst, n, dly_src, dly_dst, work);
   return engStsNoErr;
 }
 
