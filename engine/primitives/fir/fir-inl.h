@@ -4,8 +4,9 @@
 // A register of L outputs starting at p is a sum over j of broadcast(b[p + j]) times table row j,
 // whose lane i holds g[j - i]: every load of the taps is aligned, every input load a broadcast,
 // and each table row feeds several output registers (the register block). Rows whose lanes run
-// past the taps (j < L - 1 or j >= taps) mask the broadcast, so that a zero tap never meets an
-// infinite input.
+// past the taps (j < L - 1 or j >= taps) hold zeros there; 0 times a finite input leaves an
+// accumulator as it is, and a line with an infinite or NaN input masks those broadcasts, so that
+// a zero tap never meets it. Blocks of up to four samples read the delay line and src directly.
 //
 // Each output is four chains, m = 0, 1, 2, 3 mod 4, each summed in increasing m, then combined as
 // (c0 + c2) + (c1 + c3). Lane i's accumulator k holds chain (k - i) mod 4, and that combination
@@ -166,25 +167,27 @@ void FilterRange(const Tables& t, const float* b, float* out, std::ptrdiff_t cou
 // Blocks this short go without the line: each output from the delay line and src directly.
 constexpr int kShortBlock = 4;
 
-// Chains c[k] += g[m] x[m] for m in [begin, end), k = m mod 4, four at a time where m allows.
-ZAL_INLINE void AddTerms(float (&c)[4], const float* g, const float* x, std::ptrdiff_t begin,
-                         std::ptrdiff_t end) {
+// Chains c[k] += g[m] x[m - shift] for m in [begin, end), k = m mod 4, four at a time where m
+// allows.
+ZAL_INLINE void AddTerms(float (&c)[4], const float* g, const float* src, std::ptrdiff_t shift,
+                         std::ptrdiff_t begin, std::ptrdiff_t end) {
+  const auto x = [src, shift](std::ptrdiff_t m) { return src[m - shift]; };
   std::ptrdiff_t m = begin;
   for (; m < end && m % 4 != 0; ++m) {
     const int k = static_cast<int>(m % 4);
-    if (k == 1) c[1] = ScalarMulAdd(g[m], x[m], c[1]);
-    if (k == 2) c[2] = ScalarMulAdd(g[m], x[m], c[2]);
-    if (k == 3) c[3] = ScalarMulAdd(g[m], x[m], c[3]);
+    if (k == 1) c[1] = ScalarMulAdd(g[m], x(m), c[1]);
+    if (k == 2) c[2] = ScalarMulAdd(g[m], x(m), c[2]);
+    if (k == 3) c[3] = ScalarMulAdd(g[m], x(m), c[3]);
   }
   for (; m + 4 <= end; m += 4) {
-    c[0] = ScalarMulAdd(g[m], x[m], c[0]);
-    c[1] = ScalarMulAdd(g[m + 1], x[m + 1], c[1]);
-    c[2] = ScalarMulAdd(g[m + 2], x[m + 2], c[2]);
-    c[3] = ScalarMulAdd(g[m + 3], x[m + 3], c[3]);
+    c[0] = ScalarMulAdd(g[m], x(m), c[0]);
+    c[1] = ScalarMulAdd(g[m + 1], x(m + 1), c[1]);
+    c[2] = ScalarMulAdd(g[m + 2], x(m + 2), c[2]);
+    c[3] = ScalarMulAdd(g[m + 3], x(m + 3), c[3]);
   }
-  if (m < end) c[0] = ScalarMulAdd(g[m], x[m], c[0]);
-  if (m + 1 < end) c[1] = ScalarMulAdd(g[m + 1], x[m + 1], c[1]);
-  if (m + 2 < end) c[2] = ScalarMulAdd(g[m + 2], x[m + 2], c[2]);
+  if (m < end) c[0] = ScalarMulAdd(g[m], x(m), c[0]);
+  if (m + 1 < end) c[1] = ScalarMulAdd(g[m + 1], x(m + 1), c[1]);
+  if (m + 2 < end) c[2] = ScalarMulAdd(g[m + 2], x(m + 2), c[2]);
 }
 
 // Output p of a short block: b[m] is dly[p + m] below taps - 1 - p, src[p + m - (taps - 1)] on.
@@ -194,13 +197,13 @@ ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src
   const std::ptrdiff_t split = t.taps - 1 - p > 0 ? t.taps - 1 - p : 0;
   float c[4] = {0.0f, 0.0f, 0.0f, 0.0f};
   if (dly) {
-    AddTerms(c, t.reversed, dly + p, 0, split);
+    AddTerms(c, t.reversed, dly, -p, 0, split);
   } else {
     for (std::ptrdiff_t m = 0; m < split; ++m) {
       c[m % 4] = ScalarMulAdd(t.reversed[m], 0.0f, c[m % 4]);
     }
   }
-  AddTerms(c, t.reversed, src + p - (t.taps - 1), split, t.taps);
+  AddTerms(c, t.reversed, src, t.taps - 1 - p, split, t.taps);
   return (c[0] + c[2]) + (c[1] + c[3]);
 }
 
