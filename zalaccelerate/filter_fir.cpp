@@ -56,7 +56,10 @@ void FIRInit(FIRState_Float** state, const float* taps, unsigned int tapsLen,
   *state = record;
 }
 
+// A record whose sample slot could not be had (its allocation is used as it came) gives 0, the
+// output the engine leaves when it refuses.
 float FIR(FIRState_Float* state, float x) {
+  if (!state->sampleSlot) return 0.0f;
   state->sampleSlot[0] = x;
   float y = 0.0f;
   dispatch::FIRF32(state->sampleSlot, &y, 1, state->spec, state->delayLine, nullptr,
