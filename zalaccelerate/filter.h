@@ -33,10 +33,10 @@ namespace zalaccelerate {
 // of). The order does not depend on where a block starts: on one processor, filtering a stream in
 // blocks of any sizes gives the bits of one call over the whole stream.
 //
-// Memory, allocated by FIRInit with utility::Malloc_*: the engine specification, about
-// 64 (tapsLen + 33) bytes (the taps laid out for the widest registers); a work buffer of
-// 4 (tapsLen + 2047) bytes; the delay line; a 5-float sample slot; and the record itself. Nothing
-// is allocated while filtering.
+// Memory, allocated by FIRInit with utility::Malloc_*: the engine specification, at most
+// 68 tapsLen + 3.4 KiB bytes (the taps reversed, and shifted once per lane of the widest
+// registers); a work buffer of 4 (tapsLen + 2051) bytes; the delay line; a 5-float sample slot;
+// and the record itself. Nothing is allocated while filtering.
 //
 // Threads: a state is used by one thread at a time; distinct states are independent.
 struct FIRState_Float {
@@ -52,7 +52,7 @@ namespace filter {
 
 // Creates a filter from tapsLen taps and an optional initial delay line (tapsLen - 1 floats, or
 // null for zeros). *state is set to null first and stays null on any failure: tapsLen 0 or
-// 2^31 or more, taps too many for the allocator (about 33 million), a null taps pointer, or
+// 2^31 or more, taps too many for the allocator (about 31 million), a null taps pointer, or
 // memory exhausted.
 ZAL_API void FIRInit(FIRState_Float** state, const float* taps, unsigned int tapsLen,
                      const float* dlyLine);
