@@ -27,8 +27,9 @@ namespace zal::engine::ZAL_LEVEL {
 namespace {
 
 constexpr int kLanes = VF32::kLanes;
-// Output registers per pass: each keeps four accumulators, within the register file.
-constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 4 : 2;
+// Output registers per pass: each keeps four accumulators, within the register file (32
+// registers at avx512, 16 below).
+constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 6 : 2;
 
 // Table rows: taps + lanes - 1, rounded up to a multiple of 4.
 constexpr std::ptrdiff_t RowCount(std::ptrdiff_t taps) {
