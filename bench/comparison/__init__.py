@@ -3,6 +3,8 @@
 from . import arithmetic, conversion, fft, math, movement, statistics, window
 # Multirate FIR filter.
 from . import multirate
+# Single-rate FIR filter
+from . import fir
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -15,4 +17,6 @@ FAMILIES = {
     "window": window,
     # Multirate FIR filter.
     "multirate": multirate,
+    # Single-rate FIR filter
+    "fir": fir,
 }

@@ -252,6 +252,15 @@
   X(multirate, MultirateFirInitF64, MRFInit<double>, kService) \
   X(multirate, MultirateFirF32, MRFFilter<float>, kService)    \
   X(multirate, MultirateFirF64, MRFFilter<double>, kService)
+// ---- Single-rate FIR filter and lowpass design
+// Direct-form FIR: size query, preparation, filtering with optional delay lines. The lowpass
+// design is a windowed sinc in double.
+#define ZAL_FIR_PRIMITIVES(X)                                     \
+  X(fir, FIRGetSizeF32, FIRGetSize, kService)                     \
+  X(fir, FIRInitF32, FIRInit, kService)                           \
+  X(fir, FIRF32, FIRFilter, kService)                             \
+  X(fir, FIRGenLowpassGetBufferSize, LowpassBufferSize, kService) \
+  X(fir, FIRGenLowpassF64, LowpassDesign, kService)
 
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
@@ -266,4 +275,5 @@
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
   ZAL_FFT_PRIMITIVES(X)        \
-  ZAL_MULTIRATE_PRIMITIVES(X)
+  ZAL_MULTIRATE_PRIMITIVES(X)  \
+  ZAL_FIR_PRIMITIVES(X)

@@ -202,6 +202,18 @@ using InterleaveS16 = InterleaveConversion<short>;
 using InterleaveS24 = InterleaveConversion<Int24>;
 using InterleaveS32 = InterleaveConversion<int>;
 
+// ---- Single-rate FIR filter and lowpass design --------------------------------------------------
+// A prepared filter lives in a spec block of the queried size, laid out by the level that prepares
+// it; filtering reads the delay line dly_src (null: silence) and writes the stream's last
+// taps_len - 1 inputs to dly_dst (null: not kept). The lowpass design writes taps_len doubles.
+using FIRGetSize = EngStatus(int taps_len, int data_type, int* spec_size, int* work_size);
+using FIRInit = EngStatus(const float* taps, int taps_len, int algorithm, unsigned char* spec);
+using FIRFilter = EngStatus(const float* src, float* dst, int n, const unsigned char* spec,
+                            const float* dly_src, float* dly_dst, unsigned char* work);
+using LowpassBufferSize = EngStatus(int taps_len, int* buffer_size);
+using LowpassDesign = EngStatus(double rfreq, double* taps, int taps_len, int window, int normalize,
+                                unsigned char* buffer);
+
 using Allocate = void*(int count);
 using Release = void(void* block);
 using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);

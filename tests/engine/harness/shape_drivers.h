@@ -558,6 +558,13 @@ using InterleaveS32 = InterleaveConversionDriver<int>;
 using engine::MRFFilter;
 using engine::MRFGetSize;
 using engine::MRFInit;
+// ---- Single-rate FIR filter and lowpass design
+// Not elementwise: tests/engine/fir_test.cpp runs them at every level.
+using engine::FIRFilter;
+using engine::FIRGetSize;
+using engine::FIRInit;
+using engine::LowpassBufferSize;
+using engine::LowpassDesign;
 
 }  // namespace drivers
 }  // namespace zal::test::harness
