@@ -297,6 +297,36 @@ ZAL_INLINE void StoreLanes(Int24* p, CI v) {
 #endif
 }
 
+// The samples of StoreLanes, written with one whole-register store whose bytes past the samples
+// hold anything: only for a store that the next one, at the samples' end, overwrites.
+template <class To, class V>
+ZAL_INLINE void StoreLanesFollowed(To* p, V v) {
+  StoreLanes(p, v);
+}
+ZAL_INLINE void StoreLanesFollowed(Int24* p, CI v) {
+#if ZAL_LEVEL_INDEX >= 5
+  const __m512i packed =
+      _mm512_shuffle_epi8(v.raw, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10,
+                                                                      12, 13, 14, -1, -1, -1, -1)));
+  const __m512i joined = _mm512_permutexvar_epi32(
+      _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 15, 15, 15, 15), packed);
+  _mm512_storeu_si512(p, joined);
+#elif ZAL_LEVEL_INDEX >= 4
+  const __m256i packed = _mm256_shuffle_epi8(
+      v.raw, _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5,
+                              6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  const __m256i joined =
+      _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), joined);
+#elif ZAL_LEVEL_INDEX >= 1
+  const __m128i packed = _mm_shuffle_epi8(
+      v.raw, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), packed);
+#else
+  StoreLanes(p, v);
+#endif
+}
+
 // ---- Lane arithmetic ----------------------------------------------------------------------------
 
 #if ZAL_LEVEL_INDEX >= 5

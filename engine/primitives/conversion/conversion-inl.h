@@ -40,9 +40,9 @@ ZAL_INLINE void ConvertRange(Op op, const From* src, To* dst, std::ptrdiff_t n) 
     const auto r1 = op(LoadLanes(src + i + kLanes));
     const auto r2 = op(LoadLanes(src + i + 2 * kLanes));
     const auto r3 = op(LoadLanes(src + i + 3 * kLanes));
-    StoreLanes(dst + i, r0);
-    StoreLanes(dst + i + kLanes, r1);
-    StoreLanes(dst + i + 2 * kLanes, r2);
+    StoreLanesFollowed(dst + i, r0);
+    StoreLanesFollowed(dst + i + kLanes, r1);
+    StoreLanesFollowed(dst + i + 2 * kLanes, r2);
     StoreLanes(dst + i + 3 * kLanes, r3);
   }
   for (; i + kLanes <= n; i += kLanes) StoreLanes(dst + i, op(LoadLanes(src + i)));
