@@ -311,6 +311,20 @@ ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
   // Cross-lane permutes make this a load, three shuffles and a store per sixteen elements.
   constexpr __mmask64 kSixteen = (__mmask64{1} << 48) - 1;
   std::size_t q = 0;
+  // Whole-register loads while the source goes on past them (masked ones whose masked-off bytes
+  // cross a page cost an assist), both read before either is written. The first store spills into
+  // the second's bytes; the second spills only where it cannot be the next block's unread source.
+  const bool in_place = s == d;
+  for (; q + 112 <= bytes; q += 96) {
+    const __m512i first = SwappedInt24(_mm512_loadu_si512(s + q));
+    const __m512i second = SwappedInt24(_mm512_loadu_si512(s + q + 48));
+    _mm512_storeu_si512(d + q, first);
+    if (in_place) {
+      _mm512_mask_storeu_epi8(d + q + 48, kSixteen, second);
+    } else {
+      _mm512_storeu_si512(d + q + 48, second);
+    }
+  }
   for (; q + 96 <= bytes; q += 96) {
     SwapInt24Bytes(s + q, d + q, kSixteen);
     SwapInt24Bytes(s + q + 48, d + q + 48, kSixteen);
