@@ -244,6 +244,22 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
+// IIR filter: a direct form of one order, or a cascade of second-order sections. GetSize gives the
+// block for an order or a section count; Init prepares a spec in it from taps and an optional delay
+// line; the filter runs a stream; the delay line reads and writes where the stream stands.
+#define ZAL_IIR_BY_TYPE_PRIMITIVES(X, T, E)            \
+  X(iir, IIRGetSize##E, IIRGetSize, kService)          \
+  X(iir, IIRGetSizeBiQuad##E, IIRGetSize, kService)    \
+  X(iir, IIRInit##E, IIRInit<T>, kService)             \
+  X(iir, IIRInitBiQuad##E, IIRInit<T>, kService)       \
+  X(iir, IIR##E, IIRFilter<T>, kService)               \
+  X(iir, IIRGetDlyLine##E, IIRGetDlyLine<T>, kService) \
+  X(iir, IIRSetDlyLine##E, IIRSetDlyLine<T>, kService)
+
+#define ZAL_IIR_PRIMITIVES(X)               \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, float, F32) \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, double, F64)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -256,4 +272,5 @@
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+  ZAL_FFT_PRIMITIVES(X)        \
+  ZAL_IIR_PRIMITIVES(X)

@@ -208,4 +208,19 @@ using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);
 using SetFlag = EngStatus(int flag);
 using VersionQuery = const EngLibraryVersion*();
 
+// ---- IIR filter --------------------------------------------------------------------------------
+// A prepared recursive filter (IIRSpec, opaque here) lives in a block the caller allocates to the
+// queried size; preparation writes its address through `spec`. The filter updates the spec.
+struct IIRSpec;
+using IIRGetSize = EngStatus(int order, int* size);
+template <class T>
+using IIRInit = EngStatus(IIRSpec** spec, const T* taps, int order, const T* dly_line,
+                          unsigned char* block);
+template <class T>
+using IIRFilter = EngStatus(const T* src, T* dst, int n, IIRSpec* spec);
+template <class T>
+using IIRGetDlyLine = EngStatus(const IIRSpec* spec, T* dly_line);
+template <class T>
+using IIRSetDlyLine = EngStatus(IIRSpec* spec, const T* dly_line);
+
 }  // namespace zal::engine

@@ -1,0 +1,165 @@
+// The recursive filter's run, written once for a vector type V of T: the levels' registers, or a
+// one-lane stand-in in the portable variant. The caller's namespace provides Load, Store,
+// Broadcast, MulAdd, operator+, operator* and HasNonFinite for V. Included inside a level
+// namespace's anonymous namespace, after iir_spec.h.
+
+template <class T>
+struct IIRSystem {
+  T* data;
+  IIRSystemLayout at;
+  int padded;
+
+  const T* Response(int k) const { return data + at.response + k * kIIRBlock; }
+  const T* FromState(int j) const { return data + at.from_state + j * kIIRBlock; }
+  const T* Transition(int j) const { return data + at.transition + j * padded; }
+  const T* FromInput(int k) const { return data + at.from_input + k * padded; }
+  const T* TransitionLow(int j) const { return data + at.transition_low + j * padded; }
+  const T* FromInputLow(int k) const { return data + at.from_input_low + k * padded; }
+  T* State() const { return data + at.state; }
+  T* Pending() const { return data + at.pending; }
+};
+
+template <class T>
+IIRSystem<T> SystemOf(IIRSpec* spec, int i) {
+  T* first = reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(spec) + spec->data_offset);
+  return {first + static_cast<std::ptrdiff_t>(i) * spec->system_stride, IIRLayout(spec->states),
+          spec->padded_states};
+}
+
+// The state after the block x[0 .. kIIRBlock): the inputs' part first, off the recursion's path,
+// then the old state's. The state recirculates every block, so its matrices' rounding would
+// move the filter's poles: they enter as high and low parts, the small low products summed
+// apart and added last.
+template <class V, class T, class Count>
+ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, Count n, const T* x, T* next) {
+  constexpr int kLanes = V::kLanes;
+  for (int w = 0; w < n; w += kLanes) {
+    V sum = Broadcast(T(0));
+    V low = Broadcast(T(0));
+    for (int k = 0; k < kIIRBlock; ++k) {
+      const V input = Broadcast(x[k]);
+      sum = MulAdd(Load(system.FromInput(k) + w), input, sum);
+      low = MulAdd(Load(system.FromInputLow(k) + w), input, low);
+    }
+    for (int j = 0; j < n; ++j) {
+      const V state = Broadcast(system.State()[j]);
+      sum = MulAdd(Load(system.Transition(j) + w), state, sum);
+      low = MulAdd(Load(system.TransitionLow(j) + w), state, low);
+    }
+    Store(next + w, sum + low);
+  }
+}
+
+// Outputs vector v of the block: inputs k < `inputs` (each output sees those up to its own
+// index), then the block-start state. An output's lane gets the same operations in the same order
+// whether the later inputs are there or not: their response at an earlier output is an exact 0.
+template <class V, class T, class Count>
+ZAL_INLINE V OutputsAt(const IIRSystem<T>& system, Count n, const T* x, int v, int inputs) {
+  V sum = Broadcast(T(0));
+  for (int k = 0; k < inputs; ++k) {
+    sum = MulAdd(Load(system.Response(k) + v * V::kLanes), Broadcast(x[k]), sum);
+  }
+  for (int j = 0; j < n; ++j) {
+    sum = MulAdd(Load(system.FromState(j) + v * V::kLanes), Broadcast(system.State()[j]), sum);
+  }
+  return sum;
+}
+
+// Output `at` of the block whose inputs x[0 .. at] are known.
+template <class V, class T, class Count>
+ZAL_INLINE T OutputOf(const IIRSystem<T>& system, Count n, const T* x, int at) {
+  constexpr int kLanes = V::kLanes;
+  alignas(64) T lanes[kLanes];
+  Store(lanes, OutputsAt<V>(system, n, x, at / kLanes, at + 1));
+  return lanes[at % kLanes];
+}
+
+template <class T>
+ZAL_INLINE void CopyState(const IIRSystem<T>& system, const T* next, int n) {
+  for (int j = 0; j < n; ++j) system.State()[j] = next[j];
+}
+
+// A whole block from x to y (which may be x). A non-finite input would turn the exact zeros of
+// the earlier outputs' lanes into NaN, so such a block runs output by output.
+template <class V, class T, class Count>
+ZAL_INLINE void RunBlock(const IIRSystem<T>& system, Count n, const T* x, T* y) {
+  constexpr int kLanes = V::kLanes;
+  constexpr int kVectors = kIIRBlock / kLanes;
+  alignas(64) T next[kIIRMaxOrder + kIIRStatePad];
+  V probe = Load(x) * Broadcast(T(0));
+  for (int v = 1; v < kVectors; ++v) probe = probe + Load(x + v * kLanes) * Broadcast(T(0));
+  AdvanceState<V>(system, n, x, next);
+  if (HasNonFinite(probe)) {
+    alignas(64) T inputs[kIIRBlock];
+    for (int k = 0; k < kIIRBlock; ++k) inputs[k] = x[k];
+    for (int t = 0; t < kIIRBlock; ++t) y[t] = OutputOf<V>(system, n, inputs, t);
+  } else {
+    V out[kVectors];
+    for (int v = 0; v < kVectors; ++v) out[v] = OutputsAt<V>(system, n, x, v, (v + 1) * kLanes);
+    for (int v = 0; v < kVectors; ++v) Store(y + v * kLanes, out[v]);
+  }
+  CopyState(system, next, n);
+}
+
+// One sample through every system at the spec's phase; a completed block advances the states.
+template <class V, class T, class Count>
+ZAL_INLINE T RunSample(IIRSpec* spec, Count n, T x) {
+  const int phase = spec->phase;
+  for (int i = 0; i < spec->systems; ++i) {
+    const IIRSystem<T> system = SystemOf<T>(spec, i);
+    system.Pending()[phase] = x;
+    x = OutputOf<V>(system, n, system.Pending(), phase);
+  }
+  if (phase + 1 < kIIRBlock) {
+    spec->phase = phase + 1;
+    return x;
+  }
+  alignas(64) T next[kIIRMaxOrder + kIIRStatePad];
+  for (int i = 0; i < spec->systems; ++i) {
+    const IIRSystem<T> system = SystemOf<T>(spec, i);
+    AdvanceState<V>(system, n, system.Pending(), next);
+    CopyState(system, next, n);
+  }
+  spec->phase = 0;
+  return x;
+}
+
+// Whole blocks go system by system over a stretch that stays in the first-level cache.
+constexpr std::ptrdiff_t kIIRStretch = 32 * kIIRBlock;
+
+template <class V, class T, class Count>
+ZAL_INLINE void RunStream(IIRSpec* spec, Count n, const T* src, T* dst, std::ptrdiff_t len) {
+  std::ptrdiff_t i = 0;
+  for (; i < len && spec->phase != 0; ++i) dst[i] = RunSample<V>(spec, n, src[i]);
+  const std::ptrdiff_t whole = i + (len - i) / kIIRBlock * kIIRBlock;
+  for (; i < whole; i += kIIRStretch) {
+    const std::ptrdiff_t end = whole - i < kIIRStretch ? whole : i + kIIRStretch;
+    for (int s = 0; s < spec->systems; ++s) {
+      const IIRSystem<T> system = SystemOf<T>(spec, s);
+      const T* in = s == 0 ? src : dst;
+      for (std::ptrdiff_t b = i; b < end; b += kIIRBlock) RunBlock<V>(system, n, in + b, dst + b);
+    }
+  }
+  i = whole;
+  for (; i < len; ++i) dst[i] = RunSample<V>(spec, n, src[i]);
+}
+
+template <class V, class T>
+EngStatus RunFilter(const T* src, T* dst, int len, IIRSpec* spec, int level) {
+  if (!src || !dst || !spec) return engStsNullPtrErr;
+  if (len <= 0) return engStsSizeErr;
+  if (spec->level != level || spec->element_bytes != static_cast<int>(sizeof(T))) {
+    return engStsContextMatchErr;
+  }
+  // Flush-to-zero for the call only: a decaying recursion would otherwise crawl through
+  // subnormal numbers at many times the cost of normal ones.
+  const unsigned int caller = _mm_getcsr();
+  _mm_setcsr(caller | spec->mxcsr_bits);
+  if (spec->states == 2) {
+    RunStream<V>(spec, std::integral_constant<int, 2>{}, src, dst, len);
+  } else {
+    RunStream<V>(spec, spec->states, src, dst, len);
+  }
+  _mm_setcsr(caller);
+  return engStsNoErr;
+}
