@@ -169,7 +169,7 @@ std::vector<T> Impulse(size_t n) {
 }
 
 // Impulse, step and noise through each design as a cascade, against the long-double cascade on
-// the same taps: within twice the error of a per-sample loop in T, plus 2 eps max|x| sum|h|.
+// the same taps: within three times the error of a per-sample loop in T, plus 2 eps max|x| sum|h|.
 TYPED_TEST(IIRApi, CascadesKeepTheErrorBound) {
   using T = TypeParam;
   constexpr size_t kLength = 100000;
@@ -188,7 +188,7 @@ TYPED_TEST(IIRApi, CascadesKeepTheErrorBound) {
       const double error = ErrorInGain(Filtered(state, x), exact, h, x);
       const double plain =
           ErrorInGain(zal::test::PlainReference(taps, 2, sections, x), exact, h, x);
-      EXPECT_LE(error, 2 * plain + 2) << d.order << " " << d.cutoff;
+      EXPECT_LE(error, 3 * plain + 2) << d.order << " " << d.cutoff;
       IIRFree(state);
     }
   }
@@ -213,7 +213,7 @@ TYPED_TEST(IIRApi, DirectFormsKeepTheErrorBound) {
       const std::vector<Wide> exact = DirectReference(taps, d.order, x);
       const double error = ErrorInGain(Filtered(state, x), exact, h, x);
       const double plain = ErrorInGain(zal::test::PlainReference(taps, d.order, 1, x), exact, h, x);
-      EXPECT_LE(error, 2 * plain + 2) << d.order << " " << d.cutoff;
+      EXPECT_LE(error, 3 * plain + 2) << d.order << " " << d.cutoff;
       IIRFree(state);
     }
   }

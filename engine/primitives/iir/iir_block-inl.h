@@ -15,6 +15,8 @@ struct IIRSystem {
   const T* FromInput(int k) const { return data + at.from_input + k * padded; }
   const T* TransitionLow(int j) const { return data + at.transition_low + j * padded; }
   const T* FromInputLow(int k) const { return data + at.from_input_low + k * padded; }
+  const T* InputRow(int i) const { return data + at.input_rows + i * kIIRBlock; }
+  const T* InputRowLow(int i) const { return data + at.input_rows_low + i * kIIRBlock; }
   T* State() const { return data + at.state; }
   T* Pending() const { return data + at.pending; }
 };
@@ -26,6 +28,26 @@ IIRSystem<T> SystemOf(IIRSpec* spec, int i) {
           spec->padded_states};
 }
 
+// sum over k < count of column(k) * x[k], in four chains (k mod 4) joined pairwise: a block's
+// products would otherwise wait on each other. Whatever `count`, each term lands in the same chain
+// in the same order, so a lane whose later columns are exact zeros gets the same bits.
+template <class V, class T, class Column>
+ZAL_INLINE V SumOfColumns(const Column& column, const T* x, int count) {
+  const V zero = Broadcast(T(0));
+  V s0 = zero, s1 = zero, s2 = zero, s3 = zero;
+  int k = 0;
+  for (; k + 4 <= count; k += 4) {
+    s0 = MulAdd(Load(column(k)), Broadcast(x[k]), s0);
+    s1 = MulAdd(Load(column(k + 1)), Broadcast(x[k + 1]), s1);
+    s2 = MulAdd(Load(column(k + 2)), Broadcast(x[k + 2]), s2);
+    s3 = MulAdd(Load(column(k + 3)), Broadcast(x[k + 3]), s3);
+  }
+  if (k < count) s0 = MulAdd(Load(column(k)), Broadcast(x[k]), s0);
+  if (k + 1 < count) s1 = MulAdd(Load(column(k + 1)), Broadcast(x[k + 1]), s1);
+  if (k + 2 < count) s2 = MulAdd(Load(column(k + 2)), Broadcast(x[k + 2]), s2);
+  return (s0 + s1) + (s2 + s3);
+}
+
 // The state after the block x[0 .. kIIRBlock): the inputs' part first, off the recursion's path,
 // then the old state's. The state recirculates every block, so its matrices' rounding would
 // move the filter's poles: they enter as high and low parts, the small low products summed
@@ -34,13 +56,8 @@ template <class V, class T, class Count>
 ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, Count n, const T* x, T* next) {
   constexpr int kLanes = V::kLanes;
   for (int w = 0; w < n; w += kLanes) {
-    V sum = Broadcast(T(0));
-    V low = Broadcast(T(0));
-    for (int k = 0; k < kIIRBlock; ++k) {
-      const V input = Broadcast(x[k]);
-      sum = MulAdd(Load(system.FromInput(k) + w), input, sum);
-      low = MulAdd(Load(system.FromInputLow(k) + w), input, low);
-    }
+    V sum = SumOfColumns<V>([&](int k) { return system.FromInput(k) + w; }, x, kIIRBlock);
+    V low = SumOfColumns<V>([&](int k) { return system.FromInputLow(k) + w; }, x, kIIRBlock);
     for (int j = 0; j < n; ++j) {
       const V state = Broadcast(system.State()[j]);
       sum = MulAdd(Load(system.Transition(j) + w), state, sum);
@@ -50,17 +67,37 @@ ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, Count n, const T* x, T*
   }
 }
 
+// The same for a second-order section, whose two states would fill a fraction of a register: each
+// state's inputs' part as one dot product of a row with the block, the state's part in scalars.
+template <class V, class T>
+ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, std::integral_constant<int, 2>, const T* x,
+                             T* next) {
+  constexpr int kLanes = V::kLanes;
+  const T* state = system.State();
+  for (int i = 0; i < 2; ++i) {
+    V sum = Broadcast(T(0));
+    for (int v = 0; v < kIIRBlock; v += kLanes) {
+      const V input = Load(x + v);
+      sum = MulAdd(Load(system.InputRow(i) + v), input,
+                   MulAdd(Load(system.InputRowLow(i) + v), input, sum));
+    }
+    T total = FoldHalves(sum);
+    for (int j = 0; j < 2; ++j) {
+      total = total + (system.Transition(j)[i] * state[j] + system.TransitionLow(j)[i] * state[j]);
+    }
+    next[i] = total;
+  }
+}
+
 // Outputs vector v of the block: inputs k < `inputs` (each output sees those up to its own
 // index), then the block-start state. An output's lane gets the same operations in the same order
 // whether the later inputs are there or not: their response at an earlier output is an exact 0.
 template <class V, class T, class Count>
 ZAL_INLINE V OutputsAt(const IIRSystem<T>& system, Count n, const T* x, int v, int inputs) {
-  V sum = Broadcast(T(0));
-  for (int k = 0; k < inputs; ++k) {
-    sum = MulAdd(Load(system.Response(k) + v * V::kLanes), Broadcast(x[k]), sum);
-  }
+  const int lane = v * V::kLanes;
+  V sum = SumOfColumns<V>([&](int k) { return system.Response(k) + lane; }, x, inputs);
   for (int j = 0; j < n; ++j) {
-    sum = MulAdd(Load(system.FromState(j) + v * V::kLanes), Broadcast(system.State()[j]), sum);
+    sum = MulAdd(Load(system.FromState(j) + lane), Broadcast(system.State()[j]), sum);
   }
   return sum;
 }

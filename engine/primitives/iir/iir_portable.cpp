@@ -50,6 +50,10 @@ ZAL_INLINE Lane<T> MulAdd(Lane<T> a, Lane<T> b, Lane<T> c) {
   return {a.raw * b.raw + c.raw};
 }
 template <class T>
+ZAL_INLINE T FoldHalves(Lane<T> v) {
+  return v.raw;
+}
+template <class T>
 ZAL_INLINE bool HasNonFinite(Lane<T> v) {
   return v.raw != v.raw;
 }

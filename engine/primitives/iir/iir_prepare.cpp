@@ -83,6 +83,9 @@ void BuildSystem(T* data, const IIRSystemLayout& at, const T* taps, int n, int p
       SetSplit(data + at.from_input, data + at.from_input_low, k * padded + i,
                i < n ? system.State(i) : 0);
     }
+    for (int i = 0; i < n; ++i) {
+      SetSplit(data + at.input_rows, data + at.input_rows_low, i * kIIRBlock + k, system.State(i));
+    }
   }
   for (int j = 0; j < n; ++j) {
     system.Clear();
@@ -178,6 +181,8 @@ IIRSystemLayout IIRLayout(int states) {
   at.from_input = take(kIIRBlock * padded);
   at.transition_low = take(states * padded);
   at.from_input_low = take(kIIRBlock * padded);
+  at.input_rows = take(states * kIIRBlock);
+  at.input_rows_low = take(states * kIIRBlock);
   at.state = take(padded);
   at.pending = take(kIIRBlock);
   at.taps = take(2 * (states + 1));

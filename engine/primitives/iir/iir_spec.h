@@ -45,6 +45,7 @@ struct IIRSpec {
 //   from_input  kIIRBlock columns of P: the state after a block from a unit input k
 //   transition_low, from_input_low  what the rounding to T left of those two: the state's
 //     recursion runs on the matrices to twice the precision of T
+//   input_rows, input_rows_low  from_input and its low part by rows: n rows of kIIRBlock
 //   state  P values: the state at the start of the current block
 //   pending  kIIRBlock inputs of the current block
 //   taps  b0..bn, a0..an as given
@@ -55,6 +56,8 @@ struct IIRSystemLayout {
   int from_input;
   int transition_low;
   int from_input_low;
+  int input_rows;
+  int input_rows_low;
   int state;
   int pending;
   int taps;
