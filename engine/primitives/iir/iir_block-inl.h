@@ -161,7 +161,10 @@ ZAL_INLINE T RunSample(IIRSpec* spec, Count n, T x) {
   return x;
 }
 
-// Whole blocks go system by system over a stretch that stays in the first-level cache.
+// Whole blocks run as a wavefront over a stretch that stays in the first-level cache: at step t,
+// system s filters block t - s, which system s - 1 finished at step t - 1. Each system's state
+// is a chain from block to block; the wavefront puts the chains of all systems side by side
+// instead of one after another.
 constexpr std::ptrdiff_t kIIRStretch = 32 * kIIRBlock;
 
 template <class V, class T, class Count>
@@ -169,12 +172,19 @@ ZAL_INLINE void RunStream(IIRSpec* spec, Count n, const T* src, T* dst, std::ptr
   std::ptrdiff_t i = 0;
   for (; i < len && spec->phase != 0; ++i) dst[i] = RunSample<V>(spec, n, src[i]);
   const std::ptrdiff_t whole = i + (len - i) / kIIRBlock * kIIRBlock;
+  const int systems = spec->systems;
+  const IIRSystem<T> first = SystemOf<T>(spec, 0);
   for (; i < whole; i += kIIRStretch) {
     const std::ptrdiff_t end = whole - i < kIIRStretch ? whole : i + kIIRStretch;
-    for (int s = 0; s < spec->systems; ++s) {
-      const IIRSystem<T> system = SystemOf<T>(spec, s);
-      const T* in = s == 0 ? src : dst;
-      for (std::ptrdiff_t b = i; b < end; b += kIIRBlock) RunBlock<V>(system, n, in + b, dst + b);
+    const int blocks = static_cast<int>((end - i) / kIIRBlock);
+    for (int step = 0; step < blocks + systems - 1; ++step) {
+      const int last = step < systems - 1 ? step : systems - 1;
+      for (int s = step < blocks ? 0 : step - blocks + 1; s <= last; ++s) {
+        IIRSystem<T> system = first;
+        system.data += static_cast<std::ptrdiff_t>(s) * spec->system_stride;
+        const std::ptrdiff_t at = i + static_cast<std::ptrdiff_t>(step - s) * kIIRBlock;
+        RunBlock<V>(system, n, (s == 0 ? src : dst) + at, dst + at);
+      }
     }
   }
   i = whole;
