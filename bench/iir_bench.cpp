@@ -180,31 +180,46 @@ void Register(const char* type) {
   for (const Member& m : {Member{"Biquad1", 1, false}, Member{"Biquad4", 4, false},
                           Member{"Biquad8", 8, false}, Member{"Direct8", 4, true}}) {
     const std::string base = std::string(type) + "." + m.name + "/";
-    benchmark::RegisterBenchmark((base + "ours").c_str(), [m](benchmark::State& s) {
-      Ours<T> f(m.sections, m.direct);
-      Blocks(s, f);
-    });
-    benchmark::RegisterBenchmark((base + "loop_section").c_str(), [m](benchmark::State& s) {
-      Plain<T> f(m.sections, m.direct, false);
-      Blocks(s, f);
-    });
+    benchmark::RegisterBenchmark((base + "ours").c_str(),
+                                 [m](benchmark::State& s) {
+                                   Ours<T> f(m.sections, m.direct);
+                                   Blocks(s, f);
+                                 })
+        ->Arg(kBlock)
+        ->ArgName("n");
+    benchmark::RegisterBenchmark((base + "loop_section").c_str(),
+                                 [m](benchmark::State& s) {
+                                   Plain<T> f(m.sections, m.direct, false);
+                                   Blocks(s, f);
+                                 })
+        ->Arg(kBlock)
+        ->ArgName("n");
     if (!m.direct) {
-      benchmark::RegisterBenchmark((base + "loop_sample").c_str(), [m](benchmark::State& s) {
-        Plain<T> f(m.sections, m.direct, true);
-        Blocks(s, f);
-      });
+      benchmark::RegisterBenchmark((base + "loop_sample").c_str(),
+                                   [m](benchmark::State& s) {
+                                     Plain<T> f(m.sections, m.direct, true);
+                                     Blocks(s, f);
+                                   })
+          ->Arg(kBlock)
+          ->ArgName("n");
     }
   }
   for (bool decaying : {true, false}) {
     const std::string base = std::string(type) + (decaying ? ".Decay8/" : ".Steady8/");
-    benchmark::RegisterBenchmark((base + "ours").c_str(), [decaying](benchmark::State& s) {
-      Ours<T> f(8, false);
-      Signal(s, f, decaying);
-    });
-    benchmark::RegisterBenchmark((base + "loop_section").c_str(), [decaying](benchmark::State& s) {
-      Plain<T> f(8, false, false);
-      Signal(s, f, decaying);
-    });
+    benchmark::RegisterBenchmark((base + "ours").c_str(),
+                                 [decaying](benchmark::State& s) {
+                                   Ours<T> f(8, false);
+                                   Signal(s, f, decaying);
+                                 })
+        ->Arg(kDecayLength)
+        ->ArgName("n");
+    benchmark::RegisterBenchmark((base + "loop_section").c_str(),
+                                 [decaying](benchmark::State& s) {
+                                   Plain<T> f(8, false, false);
+                                   Signal(s, f, decaying);
+                                 })
+        ->Arg(kDecayLength)
+        ->ArgName("n");
   }
 }
 

@@ -1,6 +1,8 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
 from . import arithmetic, conversion, fft, math, movement, statistics, window
+# IIR filter
+from . import iir
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -11,4 +13,6 @@ FAMILIES = {
     "movement": movement,
     "conversion": conversion,
     "window": window,
+    # IIR filter
+    "iir": iir,
 }
