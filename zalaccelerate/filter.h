@@ -28,40 +28,45 @@ namespace zalaccelerate {
 // the Init fail.
 //
 // Delay line: the filter runs in the transposed direct form II, whose N states (2 per section,
-// section by section) are the delay line: s[j] = sum over k > j of (b_k x[n+j-k] - a_k y[n+j-k]),
-// all over a0, as it stands after the last sample filtered. A zero delay line is a filter at rest.
+// section by section) are the delay line: s[j] = sum over k > j of (b_k x[n+j+1-k] - a_k
+// y[n+j+1-k]), all over a0, as it stands after the last sample filtered. A zero delay line is a
+// filter at rest.
 //
 // How it computes. Whole blocks of 16 samples are computed at once, as the block's inputs through
 // the section's impulse response plus its state through its zero-input responses; the state then
 // advances by one 16-step transition. These matrices are the exact ones of the normalised taps
-// (built in long double), rounded once to T. So the recursion costs one step per 16 samples and
-// the arithmetic is vectorised. The samples of a block that is not yet complete are kept, and each
-// output is computed by the same operations whether it comes in a long call, in pieces or one
-// sample at a time: any split of a stream gives the same outputs, bit for bit (but for the sign of
-// a zero). A non-finite input affects its own and later outputs only.
+// (built in long double), rounded to T; the state's own to twice T's precision (see Error). So the
+// recursion costs one step per 16 samples and the arithmetic is vectorised. The samples of a block
+// that is not yet complete are kept, and each output is computed by the same operations whether it
+// comes in a long call, in pieces or one sample at a time: any split of a stream gives the same
+// outputs, bit for bit (but for the sign of a zero). A non-finite input affects its own and later
+// outputs only.
 //
-// Error. Each output is a sum of at most 16 + N + ... products of T, so against the exact
-// recursion on the same taps it keeps, measured over 10^5 samples of Butterworth and Chebyshev
-// designs of orders 1..12 with poles up to radius 0.999:
-//   |y - y_exact| <= 2^-? (float) / ... see docs
-// i.e. the same order as a per-sample loop in T (within a small factor of its error).
+// Error. Against the exact recursion on the same taps (computed in long double), each output's
+// error stays within three times that of a plain per-sample transposed-direct-form-II loop in T
+// on the same taps, plus 2 eps max|x| sum|h| (eps = 2^-23 for float, 2^-52 for double; h the
+// impulse response): so tested on Butterworth and Chebyshev cascades of orders 1 .. 12 with poles
+// up to radius 0.999 over 10^5 samples (impulse, step, noise), and on direct forms of order 2 at
+// any radius and up to 4 with poles away from z = 1. The state's block matrices are carried to
+// twice the precision of T, so the poles do not move by their rounding. A direct form with
+// clustered poles (a high-order design near z = 1) is ill conditioned: its block matrices grow
+// large and its error can exceed the per-sample loop's many times over; run such designs as
+// cascades of sections.
 //
 // Denormals. Each filtering call runs with flush-to-zero and denormals-are-zero set in MXCSR (the
-// latter where the processor has it) and restores the caller's MXCSR (status flags included) before
-// it returns, whatever the caller's modes: a decaying filter never slows down in subnormal numbers.
-// Effect on results: subnormal inputs, states and intermediate results count as zero, an absolute
-// change below 2^-126 (float) or 2^-1022 (double) times the sum of the magnitudes of the block
-// coefficients; normal-range results are unchanged.
+// latter where the processor has it) and restores the caller's MXCSR, status flags included,
+// before it returns, whatever the caller's modes: a decaying filter never slows down in subnormal
+// numbers. Effect on results: subnormal inputs, states and intermediate results count as zero,
+// an absolute change below 2^-126 (float) or 2^-1022 (double) times the sum of the magnitudes of
+// the block coefficients involved; results in the normal range are unchanged.
 //
 // Latency and memory. No delay: each output leaves in the call that brings its input. A call
-// costs a fixed few tens of cycles (MXCSR save and restore) plus, per sample and section, about
-// one 16th of a block; single-sample calls and block remainders cost about 16 multiply-adds
-// per sample and section more than whole blocks. workBuffer holds, per section (or for the one
-// direct form), the 16x16 response, the 16-step transition and input matrices and the block's
-// pending samples: 2496 bytes per float section, 4992 per double section; a direct form of order
-// N takes 4 (float) or 8 (double) times 272 + 16 ceil16(N) + N P + 17 P + ceil16(2N + 2), with
-// P = ceil16(N) and ceil16 rounding up to a multiple of 16, plus 128 bytes. The record itself
-// and dlyScratch (N or 2M values) come on top.
+// costs a fixed few tens of cycles (MXCSR save and restore); single-sample calls and the samples
+// of a call that do not fill a whole block cost about 16 multiply-adds per sample and section
+// more than whole blocks. workBuffer is 128 bytes plus, per section, 976 values of T (3904 bytes
+// for float, 7808 for double); for a direct form of order N, 272 + 48 N + 2 N P + 33 P +
+// ceil16(2 N + 2) values, P = ceil16(N), ceil16 rounding up to a multiple of 16 (order 8: 1472
+// values). The record itself and dlyScratch (N or 2M values) come on top.
 //
 // A state serves one thread at a time. No function here allocates except the Inits.
 

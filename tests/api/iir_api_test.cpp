@@ -394,6 +394,7 @@ TYPED_TEST(IIRApi, RecordAndOrderZero) {
   EXPECT_EQ(gain->numBiquads, 0u);
   EXPECT_EQ(gain->dlyScratch, nullptr);
   EXPECT_EQ(gain->dlyScratchBytes, 0u);
+  EXPECT_EQ(gain->bufSize, 128 + 288 * sizeof(T));
   EXPECT_EQ(IIR(T(4), gain), T(6));
   IIRSetTaps(gain, std::vector<T>{T(1), T(4)}.data());
   EXPECT_EQ(IIR(T(2), gain), T(0.5));
@@ -404,6 +405,7 @@ TYPED_TEST(IIRApi, RecordAndOrderZero) {
   EXPECT_EQ(cascade->order, 2u);
   EXPECT_EQ(cascade->numBiquads, 3u);
   EXPECT_EQ(cascade->dlyScratchBytes, 6 * sizeof(T));
+  EXPECT_EQ(cascade->bufSize, 128 + 3 * 976 * sizeof(T));
   EXPECT_NE(cascade->workBuffer, nullptr);
   EXPECT_EQ(cascade->engineState != nullptr, true);
   IIRFree(cascade);
