@@ -106,7 +106,7 @@ ZAL_INLINE V OutputsAt(const IIRSystem<T>& system, Count n, const T* x, int v, i
 template <class V, class T, class Count>
 ZAL_INLINE T OutputOf(const IIRSystem<T>& system, Count n, const T* x, int at) {
   constexpr int kLanes = V::kLanes;
-  alignas(64) T lanes[kLanes];
+  T lanes[kLanes];
   Store(lanes, OutputsAt<V>(system, n, x, at / kLanes, at + 1));
   return lanes[at % kLanes];
 }
@@ -122,12 +122,12 @@ template <class V, class T, class Count>
 ZAL_INLINE void RunBlock(const IIRSystem<T>& system, Count n, const T* x, T* y) {
   constexpr int kLanes = V::kLanes;
   constexpr int kVectors = kIIRBlock / kLanes;
-  alignas(64) T next[kIIRMaxOrder + kIIRStatePad];
+  T next[kIIRMaxOrder + kIIRStatePad];
   V probe = Load(x) * Broadcast(T(0));
   for (int v = 1; v < kVectors; ++v) probe = probe + Load(x + v * kLanes) * Broadcast(T(0));
   AdvanceState<V>(system, n, x, next);
   if (HasNonFinite(probe)) {
-    alignas(64) T inputs[kIIRBlock];
+    T inputs[kIIRBlock];
     for (int k = 0; k < kIIRBlock; ++k) inputs[k] = x[k];
     for (int t = 0; t < kIIRBlock; ++t) y[t] = OutputOf<V>(system, n, inputs, t);
   } else {
@@ -151,7 +151,7 @@ ZAL_INLINE T RunSample(IIRSpec* spec, Count n, T x) {
     spec->phase = phase + 1;
     return x;
   }
-  alignas(64) T next[kIIRMaxOrder + kIIRStatePad];
+  T next[kIIRMaxOrder + kIIRStatePad];
   for (int i = 0; i < spec->systems; ++i) {
     const IIRSystem<T> system = SystemOf<T>(spec, i);
     AdvanceState<V>(system, n, system.Pending(), next);
