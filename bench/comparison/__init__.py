@@ -5,6 +5,8 @@ from . import arithmetic, conversion, fft, math, movement, statistics, window
 from . import multirate
 # Single-rate FIR filter
 from . import fir
+# IIR filter
+from . import iir
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -19,4 +21,6 @@ FAMILIES = {
     "multirate": multirate,
     # Single-rate FIR filter
     "fir": fir,
+    # IIR filter
+    "iir": iir,
 }

@@ -261,6 +261,21 @@
   X(fir, FIRF32, FIRFilter, kService)                             \
   X(fir, FIRGenLowpassGetBufferSize, LowpassBufferSize, kService) \
   X(fir, FIRGenLowpassF64, LowpassDesign, kService)
+// IIR filter: a direct form of one order, or a cascade of second-order sections. GetSize gives the
+// block for an order or a section count; Init prepares a spec in it from taps and an optional delay
+// line; the filter runs a stream; the delay line reads and writes where the stream stands.
+#define ZAL_IIR_BY_TYPE_PRIMITIVES(X, T, E)            \
+  X(iir, IIRGetSize##E, IIRGetSize, kService)          \
+  X(iir, IIRGetSizeBiQuad##E, IIRGetSize, kService)    \
+  X(iir, IIRInit##E, IIRInit<T>, kService)             \
+  X(iir, IIRInitBiQuad##E, IIRInit<T>, kService)       \
+  X(iir, IIR##E, IIRFilter<T>, kService)               \
+  X(iir, IIRGetDlyLine##E, IIRGetDlyLine<T>, kService) \
+  X(iir, IIRSetDlyLine##E, IIRSetDlyLine<T>, kService)
+
+#define ZAL_IIR_PRIMITIVES(X)               \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, float, F32) \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, double, F64)
 
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
@@ -276,4 +291,5 @@
   ZAL_WINDOW_PRIMITIVES(X)     \
   ZAL_FFT_PRIMITIVES(X)        \
   ZAL_MULTIRATE_PRIMITIVES(X)  \
-  ZAL_FIR_PRIMITIVES(X)
+  ZAL_FIR_PRIMITIVES(X)        \
+  ZAL_IIR_PRIMITIVES(X)

@@ -235,5 +235,19 @@ using MRFInit = EngStatus(MRFSpec** spec, const T* taps, int taps_len, int up_fa
 template <class T>
 using MRFFilter = EngStatus(const T* src, T* dst, int iters, const MRFSpec* spec, const T* dly_src,
                             T* dly_dst, unsigned char* work);
+// ---- IIR filter --------------------------------------------------------------------------------
+// A prepared recursive filter (IIRSpec, opaque here) lives in a block the caller allocates to the
+// queried size; preparation writes its address through `spec`. The filter updates the spec.
+struct IIRSpec;
+using IIRGetSize = EngStatus(int order, int* size);
+template <class T>
+using IIRInit = EngStatus(IIRSpec** spec, const T* taps, int order, const T* dly_line,
+                          unsigned char* block);
+template <class T>
+using IIRFilter = EngStatus(const T* src, T* dst, int n, IIRSpec* spec);
+template <class T>
+using IIRGetDlyLine = EngStatus(const IIRSpec* spec, T* dly_line);
+template <class T>
+using IIRSetDlyLine = EngStatus(IIRSpec* spec, const T* dly_line);
 
 }  // namespace zal::engine

@@ -185,6 +185,12 @@ using engine::FFTGetSize;
 using engine::FFTInit;
 using engine::FFTSplitTransform;
 using engine::FFTTransform;
+// The recursive filters keep a state: tests/api/iir_api_test.cpp runs them at every level.
+using engine::IIRFilter;
+using engine::IIRGetDlyLine;
+using engine::IIRGetSize;
+using engine::IIRInit;
+using engine::IIRSetDlyLine;
 
 // ---- Reductions, thresholds and complex-domain helpers
 // --------------------------------------------
