@@ -244,6 +244,17 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
+// Convolution and resampling: the work-size query, the convolution of two vectors, and the
+// stream decimator and zero inserter.
+#define ZAL_CONVOLUTION_PRIMITIVES(X)                                \
+  X(convolution, ConvolutionGetSize, ConvolutionSizeQuery, kService) \
+  X(convolution, ConvolveF32, Convolution<float>, kService)          \
+  X(convolution, ConvolveF64, Convolution<double>, kService)         \
+  X(convolution, DownSampleF32, Resampling<float>, kService)         \
+  X(convolution, DownSampleF64, Resampling<double>, kService)        \
+  X(convolution, UpSampleF32, Resampling<float>, kService)           \
+  X(convolution, UpSampleF64, Resampling<double>, kService)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -256,4 +267,5 @@
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+  ZAL_FFT_PRIMITIVES(X)        \
+  ZAL_CONVOLUTION_PRIMITIVES(X)

@@ -185,6 +185,11 @@ using engine::FFTGetSize;
 using engine::FFTInit;
 using engine::FFTSplitTransform;
 using engine::FFTTransform;
+// Convolution and resampling keep state across calls or are not elementwise:
+// tests/api/convolution_api_test.cpp and tests/engine/convolution_test.cpp cover them.
+using engine::Convolution;
+using engine::ConvolutionSizeQuery;
+using engine::Resampling;
 
 // ---- Reductions, thresholds and complex-domain helpers
 // --------------------------------------------
