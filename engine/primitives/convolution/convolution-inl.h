@@ -37,22 +37,40 @@ ZAL_INLINE void StoreLanes(T* p, V v, int lanes) {
 }
 
 // kVectors output vectors from out[0] on, the last with `last_lanes` lanes: each broadcast tap
-// feeds every register. x[taps - 1 + t - j] is the input that tap j meets at output t.
+// feeds every register. x[taps - 1 + t - j] is the input that tap j meets at output t. The
+// registers are unrolled by hand: an array of accumulators that a compiler leaves in memory costs
+// a store-to-load round trip per multiply-add.
 template <int kVectors, bool kAccumulate, class T>
 ZAL_INLINE void DirectPass(const T* s, int taps, const T* last, T* out, int last_lanes) {
   using V = VectorOf<T>;
   constexpr int kLanes = V::kLanes;
-  V acc[kVectors];
-  for (int v = 0; v < kVectors; ++v) {
+  auto initial = [&](int v) {
     const int lanes = v == kVectors - 1 ? last_lanes : kLanes;
-    acc[v] = kAccumulate ? LoadLanes(out + v * kLanes, lanes) : Broadcast(T(0));
-  }
+    return kAccumulate ? LoadLanes(out + v * kLanes, lanes) : Broadcast(T(0));
+  };
+  V a0 = initial(0);
+  V a1 = kVectors > 1 ? initial(1) : a0;
+  V a2 = kVectors > 2 ? initial(2) : a0;
+  V a3 = kVectors > 3 ? initial(3) : a0;
+  V a4 = kVectors > 4 ? initial(4) : a0;
+  V a5 = kVectors > 5 ? initial(5) : a0;
+  V a6 = kVectors > 6 ? initial(6) : a0;
+  V a7 = kVectors > 7 ? initial(7) : a0;
   for (int j = 0; j < taps; ++j) {
     const V tap = Broadcast(s[j]);
-    for (int v = 0; v < kVectors; ++v) acc[v] = MulAdd(tap, Load(last - j + v * kLanes), acc[v]);
+    const T* in = last - j;
+    a0 = MulAdd(tap, Load(in), a0);
+    if constexpr (kVectors > 1) a1 = MulAdd(tap, Load(in + kLanes), a1);
+    if constexpr (kVectors > 2) a2 = MulAdd(tap, Load(in + 2 * kLanes), a2);
+    if constexpr (kVectors > 3) a3 = MulAdd(tap, Load(in + 3 * kLanes), a3);
+    if constexpr (kVectors > 4) a4 = MulAdd(tap, Load(in + 4 * kLanes), a4);
+    if constexpr (kVectors > 5) a5 = MulAdd(tap, Load(in + 5 * kLanes), a5);
+    if constexpr (kVectors > 6) a6 = MulAdd(tap, Load(in + 6 * kLanes), a6);
+    if constexpr (kVectors > 7) a7 = MulAdd(tap, Load(in + 7 * kLanes), a7);
   }
-  for (int v = 0; v < kVectors - 1; ++v) Store(out + v * kLanes, acc[v]);
-  StoreLanes(out + (kVectors - 1) * kLanes, acc[kVectors - 1], last_lanes);
+  const V results[8] = {a0, a1, a2, a3, a4, a5, a6, a7};
+  for (int v = 0; v < kVectors - 1; ++v) Store(out + v * kLanes, results[v]);
+  StoreLanes(out + (kVectors - 1) * kLanes, results[kVectors - 1], last_lanes);
 }
 
 // out[t] (+)= sum over j < taps of s[j] * x[taps - 1 + t - j], t < count. x holds taps - 1 + count
@@ -137,10 +155,10 @@ void ConvolveDirect(const T* s, int m, const T* l, int len_l, T* dst) {
       const long long needed = taps - 1 + (count + kLanes - 1) / kLanes * kLanes;
       const T* x = l + first;
       if (first < 0 || first + needed > len_l) {
-        for (long long i = 0; i < needed; ++i) {
-          const long long at = first + i;
-          staging[i] = at >= 0 && at < len_l ? l[at] : T(0);
-        }
+        const long long from = first < 0 ? 0 : first;
+        const long long to = first + needed < len_l ? first + needed : len_l;
+        Fill(staging, T(0), needed);
+        if (to > from) Copy(l + from, staging + (from - first), to - from);
         x = staging;
       }
       T* out = dst + j0 + q0;

@@ -1,6 +1,8 @@
 #include "engine/primitives/convolution/convolution_plan.h"
 
-#include <cstring>
+#include <emmintrin.h>
+
+#include <cstdint>
 
 namespace zal::engine {
 namespace {
@@ -74,20 +76,32 @@ ConvolutionLayout LayOutConvolution(int order, int spec_bytes, int scratch_bytes
   return layout;
 }
 
-// Four independent multiply-xor streams over 8-byte words, so that the check runs at load speed.
+// Fletcher sums over 32-bit words in four 128-bit streams (a += w, b += a in every lane): every
+// word counts with a weight that depends on its place, and the check runs near load speed.
 unsigned long long ConvolutionChecksum(const unsigned char* bytes, long long count) {
-  constexpr unsigned long long kPrime = 0x100000001B3ULL;
-  unsigned long long h[4] = {0xCBF29CE484222325ULL, 1, 2, 3};
+  __m128i a[4];
+  __m128i b[4];
+  for (int s = 0; s < 4; ++s) {
+    a[s] = _mm_set1_epi32(s + 1);
+    b[s] = _mm_setzero_si128();
+  }
   long long i = 0;
-  for (; i + 32 <= count; i += 32) {
+  for (; i + 64 <= count; i += 64) {
     for (int s = 0; s < 4; ++s) {
-      unsigned long long word;
-      std::memcpy(&word, bytes + i + 8 * s, 8);
-      h[s] = (h[s] ^ word) * kPrime;
+      a[s] = _mm_add_epi32(a[s], _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + i) + s));
+      b[s] = _mm_add_epi32(b[s], a[s]);
     }
   }
-  for (; i < count; ++i) h[0] = (h[0] ^ bytes[i]) * kPrime;
-  return h[0] ^ (h[1] * 3) ^ (h[2] * 5) ^ (h[3] * 7);
+  alignas(16) std::uint32_t lanes[32];
+  for (int s = 0; s < 4; ++s) {
+    _mm_store_si128(reinterpret_cast<__m128i*>(lanes) + s, a[s]);
+    _mm_store_si128(reinterpret_cast<__m128i*>(lanes) + 4 + s, b[s]);
+  }
+  unsigned long long sum = 0xCBF29CE484222325ULL;
+  constexpr unsigned long long kPrime = 0x100000001B3ULL;
+  for (std::uint32_t lane : lanes) sum = (sum ^ lane) * kPrime;
+  for (; i < count; ++i) sum = (sum ^ bytes[i]) * kPrime;
+  return sum;
 }
 
 }  // namespace zal::engine
