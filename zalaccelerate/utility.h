@@ -567,11 +567,11 @@ ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, doub
 //   shorter operand, or when M * L is below the transform's estimated cost;
 // - otherwise overlap-add over the library's real FFT, in blocks of N = 2^k points (2M - 1 <= N
 //   <= 2^20, and no longer than the whole result), each block taking N - M + 1 inputs of the
-//   longer operand. N minimises (blocks + 1/2) * N * (1.6 log2 N + 6), the transform's estimated
+//   longer operand. N minimises (blocks + 1/2) * (3 N log2 N + 4400), the transform's estimated
 //   cost in units of one multiply-add of direct summation; the transform runs where that is below
 //   M * L.
-// The rule's constants were fitted to a grid measured on an x86-64 server processor (family 25,
-// model 1, avx2 level); docs/convolution.md shows the grid.
+// The rule's constants were fitted to a grid measured on an x86-64 server with AVX-512 (CPUID
+// family 26, model 2, avx512 level); docs/convolution.md shows the grid.
 // Accuracy, relative to sum|a| * sum|b|, per output: direct summation within M * 2^-24 (float) or
 // M * 2^-53 (double), usually far less; the transform within (3 log2 N + 8) * 2^-24 (float) or
 // (3 log2 N + 8) * 2^-53 (double). A NaN or infinity reaches every output of its block under the

@@ -7,12 +7,13 @@
 namespace zal::engine {
 namespace {
 
-// Costs in units of one multiply-add of the direct method, fitted to a grid measured on an
-// x86-64 server with AVX-512 (family 25) at the avx2 and avx512 levels: a block of N points
-// (forward and inverse real transform, spectrum product, overlap-add) costs about
-// N * (kTransformPerStage * log2 N + kTransformPerPoint).
-constexpr double kTransformPerStage = 1.6;
-constexpr double kTransformPerPoint = 6.0;
+// Costs in units of one multiply-add of the direct method, fitted (relative least squares) to the
+// grid of bench/convolution_bench.cpp measured on an x86-64 server with AVX-512 under a hypervisor
+// (CPUID family 26, model 2) at the avx512 level: a block of N points (forward and inverse real
+// transform, spectrum product, overlap-add) costs about N * kTransformPerStage * log2 N plus
+// kTransformPerBlock for the calls and passes that do not grow with N.
+constexpr double kTransformPerStage = 3.0;
+constexpr double kTransformPerBlock = 4400.0;
 // Below this many elements in the shorter operand the transform never wins.
 constexpr long long kTransformFrom = 64;
 
@@ -24,7 +25,7 @@ int CeilLog2(long long n) {
 
 double BlockCost(int order) {
   const double n = static_cast<double>(1LL << order);
-  return n * (kTransformPerStage * order + kTransformPerPoint);
+  return n * kTransformPerStage * order + kTransformPerBlock;
 }
 
 long long RoundUp64(long long bytes) {
