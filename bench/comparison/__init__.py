@@ -1,6 +1,7 @@
 """Per-family comparisons of the library with its peers, run by bench/compare."""
 
 from . import arithmetic, conversion, fft, math, movement, statistics, window
+from . import convolution
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -11,4 +12,6 @@ FAMILIES = {
     "movement": movement,
     "conversion": conversion,
     "window": window,
+    # Convolution and resampling
+    "convolution": convolution,
 }
