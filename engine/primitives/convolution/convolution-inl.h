@@ -357,7 +357,8 @@ EngStatus DownSample(const T* src, int len, T* dst, int* dst_len, int factor, in
   }
   const long long first = *phase;
   const long long count = first < len ? (len - first + factor - 1) / factor : 0;
-  const T* in = src + first;
+  // Only an index that is kept forms a pointer: the phase may lie past the block.
+  const T* in = count > 0 ? src + first : src;
   long long k = 0;
   for (; k + 4 <= count; k += 4) {
     const T x0 = in[k * factor];
