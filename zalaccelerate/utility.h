@@ -563,8 +563,8 @@ ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, doub
 // Silent no-ops, nothing written: a null a, b or dst; lenA or lenB of 0 or of 2^31 and more;
 // lenA + lenB - 1 above 2^31 - 1; a null work buffer where the transform method runs.
 // Method, chosen from the two lengths alone (M the shorter, L the longer operand):
-// - direct summation when M < 64, when no transform block of at most 2^20 points holds twice the
-//   shorter operand, or when M * L is below the transform's estimated cost;
+// - direct summation when M < 64, when no transform block of at most 2^20 points holds 2M - 1
+//   points, or when M * L is below the transform's estimated cost;
 // - otherwise overlap-add over the library's real FFT, in blocks of N = 2^k points (2M - 1 <= N
 //   <= 2^20, and no longer than the whole result), each block taking N - M + 1 inputs of the
 //   longer operand. N minimises (blocks + 1/2) * (3 N log2 N + 4400), the transform's estimated
@@ -574,8 +574,9 @@ ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, doub
 // family 26, model 2, avx512 level); docs/convolution.md shows the grid.
 // Accuracy, relative to sum|a| * sum|b|, per output: direct summation within M * 2^-24 (float) or
 // M * 2^-53 (double), usually far less; the transform within (3 log2 N + 8) * 2^-24 (float) or
-// (3 log2 N + 8) * 2^-53 (double). A NaN or infinity reaches every output of its block under the
-// transform, and only the outputs it touches under direct summation.
+// (3 log2 N + 8) * 2^-53 (double). Under the transform a NaN or infinity in the longer operand
+// turns every output of its block into NaN (in the shorter operand, every output); under direct
+// summation it reaches only the outputs it takes part in.
 // ConvolutionWorkBufferSize: the length, in floats, of the work buffer that Convolve of these
 // lengths needs (0 when it sums directly, or when the lengths are refused). A double Convolve
 // takes a work buffer of that many doubles. The work buffer needs no alignment beyond its
