@@ -7,6 +7,7 @@ from . import multirate
 from . import fir
 # IIR filter
 from . import iir
+from . import convolution
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -23,4 +24,6 @@ FAMILIES = {
     "fir": fir,
     # IIR filter
     "iir": iir,
+    # Convolution and resampling
+    "convolution": convolution,
 }

@@ -276,6 +276,16 @@
 #define ZAL_IIR_PRIMITIVES(X)               \
   ZAL_IIR_BY_TYPE_PRIMITIVES(X, float, F32) \
   ZAL_IIR_BY_TYPE_PRIMITIVES(X, double, F64)
+// Convolution and resampling: the work-size query, the convolution of two vectors, and the
+// stream decimator and zero inserter.
+#define ZAL_CONVOLUTION_PRIMITIVES(X)                                \
+  X(convolution, ConvolutionGetSize, ConvolutionSizeQuery, kService) \
+  X(convolution, ConvolveF32, Convolution<float>, kService)          \
+  X(convolution, ConvolveF64, Convolution<double>, kService)         \
+  X(convolution, DownSampleF32, Resampling<float>, kService)         \
+  X(convolution, DownSampleF64, Resampling<double>, kService)        \
+  X(convolution, UpSampleF32, Resampling<float>, kService)           \
+  X(convolution, UpSampleF64, Resampling<double>, kService)
 
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
@@ -292,4 +302,5 @@
   ZAL_FFT_PRIMITIVES(X)        \
   ZAL_MULTIRATE_PRIMITIVES(X)  \
   ZAL_FIR_PRIMITIVES(X)        \
-  ZAL_IIR_PRIMITIVES(X)
+  ZAL_IIR_PRIMITIVES(X)        \
+  ZAL_CONVOLUTION_PRIMITIVES(X)

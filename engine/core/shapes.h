@@ -213,6 +213,18 @@ using FIRFilter = EngStatus(const float* src, float* dst, int n, const unsigned 
 using LowpassBufferSize = EngStatus(int taps_len, int* buffer_size);
 using LowpassDesign = EngStatus(double rfreq, double* taps, int taps_len, int window, int normalize,
                                 unsigned char* buffer);
+// ---- Convolution and resampling ----------------------------------------------------------------
+// Linear convolution: dst[k] = sum of a[i] * b[k - i], lenA + lenB - 1 outputs. `method` 0 lets
+// the engine choose, 1 sums directly, 2 runs the transform; `data_type` 13 is float, 19 double.
+// The work size is in bytes; the transform keeps its prepared tables in the work buffer.
+using ConvolutionSizeQuery = EngStatus(int len_a, int len_b, int data_type, int method, int* bytes);
+template <class T>
+using Convolution = EngStatus(const T* a, int len_a, const T* b, int len_b, T* dst, int method,
+                              unsigned char* work);
+// Stream decimation and zero insertion by an integer factor; `phase` carries the stream position
+// from one block to the next, `dst_len` receives the outputs written.
+template <class T>
+using Resampling = EngStatus(const T* src, int len, T* dst, int* dst_len, int factor, int* phase);
 
 using Allocate = void*(int count);
 using Release = void(void* block);

@@ -191,6 +191,11 @@ using engine::IIRGetDlyLine;
 using engine::IIRGetSize;
 using engine::IIRInit;
 using engine::IIRSetDlyLine;
+// Convolution and resampling keep state across calls or are not elementwise:
+// tests/api/convolution_api_test.cpp and tests/engine/convolution_test.cpp cover them.
+using engine::Convolution;
+using engine::ConvolutionSizeQuery;
+using engine::Resampling;
 
 // ---- Reductions, thresholds and complex-domain helpers
 // --------------------------------------------
