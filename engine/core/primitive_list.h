@@ -244,6 +244,14 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
+// Matrix product
+// c = a b, a m x k, b k x n, c m x n stored by columns; a and b by rows when `rows` is nonzero.
+#define ZAL_MATRIX_PRIMITIVES(X)                              \
+  X(matrix, MatrixProductF32, MatrixProduct<float>, kService) \
+  X(matrix, MatrixProductF64, MatrixProduct<double>, kService) \
+  X(matrix, MatrixProductC32, MatrixProduct<Complex32>, kService) \
+  X(matrix, MatrixProductC64, MatrixProduct<Complex64>, kService)
+
 #define ZAL_PRIMITIVES(X)      \
   ZAL_MEMORY_PRIMITIVES(X)     \
   ZAL_FP_CONTROL_PRIMITIVES(X) \
@@ -256,4 +264,5 @@
   ZAL_MOVEMENT_PRIMITIVES(X)   \
   ZAL_CONVERSION_PRIMITIVES(X) \
   ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+  ZAL_FFT_PRIMITIVES(X)        \
+  ZAL_MATRIX_PRIMITIVES(X)
