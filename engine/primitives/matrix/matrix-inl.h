@@ -14,7 +14,6 @@
 
 #include <complex>
 #include <cstddef>
-#include <new>
 
 #include "engine/core/primitive_declarations.h"
 
@@ -55,15 +54,16 @@ EngStatus Product(const T* a_in, const T* b_in, T* c_in, int m, int n, int k, in
   const S* a = reinterpret_cast<const S*>(a_in);
   const S* b = reinterpret_cast<const S*>(b_in);
   ColumnsView<S> c(reinterpret_cast<S*>(c_in), m, n);
-  // Eigen packs large operands into blocks on the heap; when that fails, c may hold a partial
-  // product, which the caller is told of by the status.
+  // Eigen packs large operands into blocks on the heap; when that fails (std::bad_alloc, the
+  // only exception it raises), c may hold a partial product, which the status reports. Catching
+  // every exception keeps the type's identity, a symbol shared by all levels, out of this object.
   try {
     if (rows) {
       c.noalias() = ConstView<S, eigen::RowMajor>(a, m, k) * ConstView<S, eigen::RowMajor>(b, k, n);
     } else {
       c.noalias() = ConstView<S, eigen::ColMajor>(a, m, k) * ConstView<S, eigen::ColMajor>(b, k, n);
     }
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
     return engStsMemAllocErr;
   }
   return engStsNoErr;
