@@ -20,6 +20,11 @@
 #define EIGEN_DONT_PARALLELIZE
 #define EIGEN_MPL2_ONLY
 #define Eigen zal::engine::ZAL_LEVEL::eigen
+// Eigen's own throw would put the identity of std::bad_alloc, shared by every level, into this
+// object; without it, Eigen asks operator new for an impossible size, which raises the same
+// exception from the runtime.
+#include <Eigen/src/Core/util/Macros.h>
+#undef EIGEN_EXCEPTIONS
 #include <Eigen/Core>
 #undef Eigen
 
@@ -56,7 +61,7 @@ EngStatus Product(const T* a_in, const T* b_in, T* c_in, int m, int n, int k, in
   ColumnsView<S> c(reinterpret_cast<S*>(c_in), m, n);
   // Eigen packs large operands into blocks on the heap; when that fails (std::bad_alloc, the
   // only exception it raises), c may hold a partial product, which the status reports. Catching
-  // every exception keeps the type's identity, a symbol shared by all levels, out of this object.
+  // every exception keeps the type's identity out of this object, as above.
   try {
     if (rows) {
       c.noalias() = ConstView<S, eigen::RowMajor>(a, m, k) * ConstView<S, eigen::RowMajor>(b, k, n);
