@@ -553,5 +553,9 @@ using InterleaveS16 = InterleaveConversionDriver<short>;
 using InterleaveS24 = InterleaveConversionDriver<engine::Int24>;
 using InterleaveS32 = InterleaveConversionDriver<int>;
 
+// ---- Matrix product
+// Not elementwise: tests/api/matrix_api_test.cpp holds it to a long double product at every level.
+using engine::MatrixProduct;
+
 }  // namespace drivers
 }  // namespace zal::test::harness
