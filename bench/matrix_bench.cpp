@@ -125,9 +125,9 @@ template <class T>
 engine::MatrixProduct<typename EngineType<T>::Type>* LevelKernel(int level) {
   using namespace zal::engine;
   if constexpr (std::is_same_v<T, float>) {
-    constexpr MatrixProduct<float>* kernels[] = {
-        sse2::MatrixProductF32, ssse3::MatrixProductF32, sse42::MatrixProductF32,
-        avx::MatrixProductF32,  avx2::MatrixProductF32,  avx512::MatrixProductF32};
+    constexpr MatrixProduct<float>* kernels[] = {sse2::MatrixProductF32,  ssse3::MatrixProductF32,
+                                                 sse42::MatrixProductF32, avx::MatrixProductF32,
+                                                 avx2::MatrixProductF32,  avx512::MatrixProductF32};
     return kernels[level];
   } else if constexpr (std::is_same_v<T, double>) {
     constexpr MatrixProduct<double>* kernels[] = {

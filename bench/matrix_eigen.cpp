@@ -13,7 +13,8 @@ using Matrix = Eigen::Matrix<T, Eigen::Dynamic, Eigen::Dynamic, kStorage>;
 template <class T, int kStorage>
 void Product(int d, const T* a, const T* b, T* c) {
   Eigen::Map<Matrix<T, kStorage>>(c, d, d).noalias() =
-      Eigen::Map<const Matrix<T, kStorage>>(a, d, d) * Eigen::Map<const Matrix<T, kStorage>>(b, d, d);
+      Eigen::Map<const Matrix<T, kStorage>>(a, d, d) *
+      Eigen::Map<const Matrix<T, kStorage>>(b, d, d);
 }
 
 template <class T>

@@ -590,8 +590,8 @@ namespace zalaccelerate::utility {
 // the temporary on every call. Callers in real-time paths use ColumnMajor.
 ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const float* a, const float* b,
                       float* c);
-ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const double* a,
-                      const double* b, double* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const double* a, const double* b,
+                      double* c);
 ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<float>* a,
                       const std::complex<float>* b, std::complex<float>* c);
 ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<double>* a,

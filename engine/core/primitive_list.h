@@ -246,9 +246,9 @@
 
 // Matrix product
 // c = a b, a m x k, b k x n, c m x n stored by columns; a and b by rows when `rows` is nonzero.
-#define ZAL_MATRIX_PRIMITIVES(X)                              \
-  X(matrix, MatrixProductF32, MatrixProduct<float>, kService) \
-  X(matrix, MatrixProductF64, MatrixProduct<double>, kService) \
+#define ZAL_MATRIX_PRIMITIVES(X)                                  \
+  X(matrix, MatrixProductF32, MatrixProduct<float>, kService)     \
+  X(matrix, MatrixProductF64, MatrixProduct<double>, kService)    \
   X(matrix, MatrixProductC32, MatrixProduct<Complex32>, kService) \
   X(matrix, MatrixProductC64, MatrixProduct<Complex64>, kService)
 

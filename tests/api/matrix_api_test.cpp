@@ -209,7 +209,7 @@ TYPED_TEST(MatrixApi, NaNAndInfinityPropagateThroughTheirRowAndColumn) {
   using R = typename RealOf<T>::Type;
   const int d = 20;
   std::vector<T> a(d * d, T(1)), b(d * d, T(1)), c(d * d);
-  a[0] = T(std::numeric_limits<R>::quiet_NaN());          // row 0
+  a[0] = T(std::numeric_limits<R>::quiet_NaN());           // row 0
   b[d * (d - 1)] = T(std::numeric_limits<R>::infinity());  // column d - 1
   Multiply(ColumnMajor, d, d, d, a.data(), b.data(), c.data());
   for (int i = 0; i < d; ++i) {
@@ -238,15 +238,24 @@ TYPED_TEST(MatrixApi, RefusedCallsWriteNothing) {
     bool null_a, null_b, null_c;
   };
   const Case cases[] = {
-      {ColumnMajor, 4, 4, 4, true, false, false}, {RowMajor, 4, 4, 4, true, false, false},
-      {ColumnMajor, 4, 4, 4, false, true, false}, {RowMajor, 4, 4, 4, false, true, false},
-      {ColumnMajor, 4, 4, 4, false, false, true}, {RowMajor, 4, 4, 4, false, false, true},
-      {ColumnMajor, 0, 4, 4, false, false, false}, {RowMajor, 0, 4, 4, false, false, false},
-      {ColumnMajor, 4, 0, 4, false, false, false}, {RowMajor, 4, 0, 4, false, false, false},
-      {ColumnMajor, -4, 4, 4, false, false, false}, {RowMajor, -4, 4, 4, false, false, false},
-      {ColumnMajor, 4, -4, 4, false, false, false}, {ColumnMajor, 4, 4, -1, false, false, false},
-      {RowMajor, 4, 4, -1, false, false, false},    {RowMajor, 0, -4, 4, false, false, false},
-      {2, 4, 4, 4, false, false, false},            {-1, 4, 4, 4, false, false, false},
+      {ColumnMajor, 4, 4, 4, true, false, false},
+      {RowMajor, 4, 4, 4, true, false, false},
+      {ColumnMajor, 4, 4, 4, false, true, false},
+      {RowMajor, 4, 4, 4, false, true, false},
+      {ColumnMajor, 4, 4, 4, false, false, true},
+      {RowMajor, 4, 4, 4, false, false, true},
+      {ColumnMajor, 0, 4, 4, false, false, false},
+      {RowMajor, 0, 4, 4, false, false, false},
+      {ColumnMajor, 4, 0, 4, false, false, false},
+      {RowMajor, 4, 0, 4, false, false, false},
+      {ColumnMajor, -4, 4, 4, false, false, false},
+      {RowMajor, -4, 4, 4, false, false, false},
+      {ColumnMajor, 4, -4, 4, false, false, false},
+      {ColumnMajor, 4, 4, -1, false, false, false},
+      {RowMajor, 4, 4, -1, false, false, false},
+      {RowMajor, 0, -4, 4, false, false, false},
+      {2, 4, 4, 4, false, false, false},
+      {-1, 4, 4, 4, false, false, false},
       {0x7FFFFFFF, 4, 4, 4, false, false, false},
   };
   for (const Case& x : cases) {
