@@ -27,6 +27,8 @@ ZAL_MATH_PACKAGES=(libmpfr-dev libsleef-dev)
 ZAL_FFT_PACKAGES=(libfftw3-dev)
 # The filters' benchmark peers (VOLK comes with the arithmetic peers).
 ZAL_FILTER_PACKAGES=(libliquid-dev libsoxr-dev libsamplerate0-dev)
+# The matrix product: Eigen, compiled into the library's kernels (headers only).
+ZAL_MATRIX_PACKAGES=(libeigen3-dev)
 
 # The libFuzzer targets, built by a tree configured with -DZAL_BUILD_FUZZ=ON.
 ZAL_FUZZ_TARGETS=(utility transform)

@@ -616,3 +616,43 @@ ZAL_API void UpSample(unsigned int len, const double* src, double* dst, unsigned
                       unsigned int* phase);
 
 }  // namespace zalaccelerate::utility
+
+// ---- Matrix product ----------------------------------------------------------------------------
+namespace zalaccelerate {
+
+// Storage of a dense r x c matrix: element (i, j) at i * c + j by rows, at i + j * r by columns.
+enum MatrixDataOrder : int { RowMajor = 0, ColumnMajor = 1 };
+
+}  // namespace zalaccelerate
+
+namespace zalaccelerate::utility {
+
+// c = a b: a is m x k, b is k x n, c is m x n, all three dense (no padding) and stored in `order`.
+// m and n are the rows and columns of c, k the inner dimension. Complex matrices are multiplied
+// as they stand (no conjugation). c must not overlap a or b.
+// ColumnMajor: the product is formed straight into c.
+// RowMajor: the product is formed in a column-major m x n temporary, which is copied into c by
+// rows and released. If m and n are nonzero and m > (2^63 - 1) / n (only possible with a
+// negative n), the temporary cannot exist and std::bad_alloc is thrown, as it is when the heap
+// has no room for it.
+// Any other order value: nothing is computed and c is left as it is.
+// Silent no-ops, nothing written: a null pointer, m or n of 0 or less, or k below 0. k = 0 gives
+// the zero matrix.
+// Accuracy: each element is a sum of k products, within k eps sum |a_il b_lj| of the exact one
+// (eps the type's unit roundoff; for complex elements, twice that); the order of summation, and
+// so the last bits, may differ between processor levels and between the two orders. A NaN
+// spreads over its row of c (in a) or column (in b); so does an infinity, which in complex
+// products may come out as NaN (a 0 * Inf inside). Runs at every level's full vector width.
+// Allocation: none by this library in the column-major form beyond what the product kernel
+// takes for packing operands of more than 128 KB (large products); the row-major form allocates
+// the temporary on every call. Callers in real-time paths use ColumnMajor.
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const float* a, const float* b,
+                      float* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const double* a, const double* b,
+                      double* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<float>* a,
+                      const std::complex<float>* b, std::complex<float>* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<double>* a,
+                      const std::complex<double>* b, std::complex<double>* c);
+
+}  // namespace zalaccelerate::utility

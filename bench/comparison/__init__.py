@@ -8,6 +8,8 @@ from . import fir
 # IIR filter
 from . import iir
 from . import convolution
+# Matrix product
+from . import matrix
 
 # Every family bench/compare knows, by the name given on its command line.
 FAMILIES = {
@@ -26,4 +28,6 @@ FAMILIES = {
     "iir": iir,
     # Convolution and resampling
     "convolution": convolution,
+    # Matrix product
+    "matrix": matrix,
 }

@@ -286,21 +286,29 @@
   X(convolution, DownSampleF64, Resampling<double>, kService)        \
   X(convolution, UpSampleF32, Resampling<float>, kService)           \
   X(convolution, UpSampleF64, Resampling<double>, kService)
+// Matrix product
+// c = a b, a m x k, b k x n, c m x n stored by columns; a and b by rows when `rows` is nonzero.
+#define ZAL_MATRIX_PRIMITIVES(X)                                  \
+  X(matrix, MatrixProductF32, MatrixProduct<float>, kService)     \
+  X(matrix, MatrixProductF64, MatrixProduct<double>, kService)    \
+  X(matrix, MatrixProductC32, MatrixProduct<Complex32>, kService) \
+  X(matrix, MatrixProductC64, MatrixProduct<Complex64>, kService)
 
-#define ZAL_PRIMITIVES(X)      \
-  ZAL_MEMORY_PRIMITIVES(X)     \
-  ZAL_FP_CONTROL_PRIMITIVES(X) \
-  ZAL_VERSION_PRIMITIVES(X)    \
-  ZAL_ARITHMETIC_PRIMITIVES(X) \
-  ZAL_MATH_PRIMITIVES(X)       \
-  ZAL_STATISTICS_PRIMITIVES(X) \
-  ZAL_THRESHOLD_PRIMITIVES(X)  \
-  ZAL_COMPLEX_PRIMITIVES(X)    \
-  ZAL_MOVEMENT_PRIMITIVES(X)   \
-  ZAL_CONVERSION_PRIMITIVES(X) \
-  ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)        \
-  ZAL_MULTIRATE_PRIMITIVES(X)  \
-  ZAL_FIR_PRIMITIVES(X)        \
-  ZAL_IIR_PRIMITIVES(X)        \
-  ZAL_CONVOLUTION_PRIMITIVES(X)
+#define ZAL_PRIMITIVES(X)       \
+  ZAL_MEMORY_PRIMITIVES(X)      \
+  ZAL_FP_CONTROL_PRIMITIVES(X)  \
+  ZAL_VERSION_PRIMITIVES(X)     \
+  ZAL_ARITHMETIC_PRIMITIVES(X)  \
+  ZAL_MATH_PRIMITIVES(X)        \
+  ZAL_STATISTICS_PRIMITIVES(X)  \
+  ZAL_THRESHOLD_PRIMITIVES(X)   \
+  ZAL_COMPLEX_PRIMITIVES(X)     \
+  ZAL_MOVEMENT_PRIMITIVES(X)    \
+  ZAL_CONVERSION_PRIMITIVES(X)  \
+  ZAL_WINDOW_PRIMITIVES(X)      \
+  ZAL_FFT_PRIMITIVES(X)         \
+  ZAL_MULTIRATE_PRIMITIVES(X)   \
+  ZAL_FIR_PRIMITIVES(X)         \
+  ZAL_IIR_PRIMITIVES(X)         \
+  ZAL_CONVOLUTION_PRIMITIVES(X) \
+  ZAL_MATRIX_PRIMITIVES(X)

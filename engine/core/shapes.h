@@ -261,5 +261,10 @@ template <class T>
 using IIRGetDlyLine = EngStatus(const IIRSpec* spec, T* dly_line);
 template <class T>
 using IIRSetDlyLine = EngStatus(IIRSpec* spec, const T* dly_line);
+// Matrix product
+// c = a b with a m x k, b k x n and c m x n, c stored by columns; a and b are stored by columns,
+// or by rows when `rows` is nonzero. k may be 0 (c is then zero).
+template <class T>
+using MatrixProduct = EngStatus(const T* a, const T* b, T* c, int m, int n, int k, int rows);
 
 }  // namespace zal::engine

@@ -576,6 +576,9 @@ using engine::FIRGetSize;
 using engine::FIRInit;
 using engine::LowpassBufferSize;
 using engine::LowpassDesign;
+// ---- Matrix product
+// Not elementwise: tests/api/matrix_api_test.cpp holds it to a long double product at every level.
+using engine::MatrixProduct;
 
 }  // namespace drivers
 }  // namespace zal::test::harness
