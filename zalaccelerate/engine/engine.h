@@ -19,9 +19,12 @@
 //   Max L2/L3 Cache Size:  <bytes, by zalcore::string::NumberToMemoryString(bytes, 2, false)>
 //   CPU Features:  0x<feature word, upper-case hexadecimal, at least 8 digits>
 //   <one line per known feature bit that is set: a tab, the label, one or two tabs, a description>
-//   CPUID:
+//   CPUID:  (the label's two blanks end the line)
 //   \tEAX:  0x<leaf 1 EAX, 8 upper-case hexadecimal digits>   (then EBX, ECX, EDX alike)
-// Bits 27-30 and 32-63 of the feature word have no line.
+// A missing name or build date leaves its line out; without a version text the version is the
+// four version numbers joined by dots. Bits 27-30 and 32-63 of the feature word have no line.
+// Values a query could not give are shown as the query left them (zero, or -1 bytes of cache on a
+// processor of another vendor).
 #pragma once
 
 #include <atomic>
