@@ -2,13 +2,19 @@
 // the same length (a window applied from a stored table costs that). Every contender gets the
 // same 64-byte aligned buffers; Blackman runs with alpha = -0.16, Kaiser with beta = 8.6 (alpha =
 // 2 beta / (N - 1)). Items are elements; bytes each element read and written.
+// ZAL_BENCH_LEVEL=<name> (sse2 ... avx512) runs the library, windows and Mul alike, at that level
+// instead of the natural one.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "bench/window_contenders.h"
+#include "engine/core/level.h"
+#include "zalaccelerate/core.h"
 
 namespace zal::bench::window {
 namespace {
@@ -60,11 +66,32 @@ void Register(const char* type, const Contender& contender, const Runners<T>& ru
   }
 }
 
+// The level named by ZAL_BENCH_LEVEL put in force; its name, or null where it cannot run here.
+const char* SelectRequestedLevel() {
+  engStartDispatch();
+  const char* requested = std::getenv("ZAL_BENCH_LEVEL");
+  if (requested == nullptr) return zal::engine::kLevelNames[engGetDispatchIndex()];
+  for (int level = 0; level < zal::engine::kLevelCount; ++level) {
+    if (std::strcmp(requested, zal::engine::kLevelNames[level]) != 0) continue;
+    int selected = -1;
+    engSelectCpuFeatures(zal::engine::kLevelNeeds[level], &selected);
+    engSetDispatchIndex(selected);
+    return engGetDispatchIndex() == level ? requested : nullptr;
+  }
+  return nullptr;
+}
+
 }  // namespace
 }  // namespace zal::bench::window
 
 int main(int argc, char** argv) {
   using namespace zal::bench::window;
+  const char* level = SelectRequestedLevel();
+  if (level == nullptr) {
+    std::fprintf(stderr, "zal_bench_window: ZAL_BENCH_LEVEL names no level this processor runs\n");
+    return 1;
+  }
+  benchmark::AddCustomContext("level", level);
   for (const Contender* c : {Ours(), PlainLoops()}) {
     benchmark::AddCustomContext(std::string("contender ") + c->name, c->about);
     Register<float>("f32", *c, c->f32);

@@ -25,6 +25,10 @@ ZAL_BUILD_PACKAGES=(g++ cmake ninja-build binutils git)
 ZAL_MATH_PACKAGES=(libmpfr-dev libsleef-dev)
 # The transforms' test oracle and benchmark peer.
 ZAL_FFT_PACKAGES=(libfftw3-dev)
+# The filters' benchmark peers (VOLK comes with the arithmetic peers).
+ZAL_FILTER_PACKAGES=(libliquid-dev libsoxr-dev libsamplerate0-dev)
+# The matrix product: Eigen, compiled into the library's kernels (headers only).
+ZAL_MATRIX_PACKAGES=(libeigen3-dev)
 
 # The libFuzzer targets, built by a tree configured with -DZAL_BUILD_FUZZ=ON.
 ZAL_FUZZ_TARGETS=(utility transform)

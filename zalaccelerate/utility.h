@@ -1,6 +1,6 @@
 // Vector utilities: elementwise arithmetic and math functions, reductions, thresholds,
-// complex-domain helpers, data movement and layout, sample format conversion, windows, aligned
-// memory and the calling thread's denormal modes.
+// complex-domain helpers, data movement and layout, sample format conversion, windows,
+// convolution and resampling, aligned memory and the calling thread's denormal modes.
 //
 // Conventions of every vector function:
 // - `len` counts elements (complex elements for complex vectors). It reaches the engine as a
@@ -556,5 +556,103 @@ ZAL_API void WindowHann(unsigned int len, const float* src, float* dst);
 ZAL_API void WindowHann(unsigned int len, const double* src, double* dst);
 ZAL_API void WindowKaiser(unsigned int len, const float* src, float* dst, float alpha);
 ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, double alpha);
+
+// ---- Convolution and resampling ----------------------------------------------------------------
+// Convolve: dst[k] = sum over i of a[i] * b[k - i] for k < lenA + lenB - 1, terms outside either
+// vector taken as zero; dst receives lenA + lenB - 1 elements and must not overlap a or b.
+// Silent no-ops, nothing written: a null a, b or dst; lenA or lenB of 0 or of 2^31 and more;
+// lenA + lenB - 1 above 2^31 - 1; a null work buffer where the transform method runs.
+// Method, chosen from the two lengths alone (M the shorter, L the longer operand):
+// - direct summation when M < 64, when no transform block of at most 2^20 points holds 2M - 1
+//   points, or when M * L is below the transform's estimated cost;
+// - otherwise overlap-add over the library's real FFT, in blocks of N = 2^k points (2M - 1 <= N
+//   <= 2^20, and no longer than the whole result), each block taking N - M + 1 inputs of the
+//   longer operand. N minimises (blocks + 1/2) * (3 N log2 N + 4400), the transform's estimated
+//   cost in units of one multiply-add of direct summation; the transform runs where that is below
+//   M * L.
+// The rule's constants were fitted to a grid measured on an x86-64 server with AVX-512 (CPUID
+// family 26, model 2, avx512 level); docs/convolution.md shows the grid.
+// Accuracy, relative to sum|a| * sum|b|, per output: direct summation within M * 2^-24 (float) or
+// M * 2^-53 (double), usually far less; the transform within (3 log2 N + 8) * 2^-24 (float) or
+// (3 log2 N + 8) * 2^-53 (double). Under the transform a NaN or infinity in the longer operand
+// turns every output of its block into NaN (in the shorter operand, every output); under direct
+// summation it reaches only the outputs it takes part in.
+// ConvolutionWorkBufferSize: the length, in floats, of the work buffer that Convolve of these
+// lengths needs (0 when it sums directly, or when the lengths are refused). A double Convolve
+// takes a work buffer of that many doubles. The work buffer needs no alignment beyond its
+// element type's; it holds the transform's tables between calls, and a call with a buffer whose
+// tables are intact for its block length skips preparing them (a checksum guards them, so the
+// caller may use the buffer for anything between calls).
+// The overloads with `work` allocate nothing; the others allocate one engine block per call (of
+// ConvolutionWorkBufferSize elements, released on every path; they may throw std::bad_alloc for
+// its owner) and prepare the transform every call.
+ZAL_API unsigned long long ConvolutionWorkBufferSize(unsigned int lenA, unsigned int lenB);
+ZAL_API void Convolve(unsigned int lenA, const float* a, unsigned int lenB, const float* b,
+                      float* dst, float* work);
+ZAL_API void Convolve(unsigned int lenA, const float* a, unsigned int lenB, const float* b,
+                      float* dst);
+ZAL_API void Convolve(unsigned int lenA, const double* a, unsigned int lenB, const double* b,
+                      double* dst, double* work);
+ZAL_API void Convolve(unsigned int lenA, const double* a, unsigned int lenB, const double* b,
+                      double* dst);
+
+// DownSample keeps every factor-th sample of a stream: with p = *phase, dst[k] = src[p + k factor]
+// for every p + k factor < len, ceil((len - p) / factor) outputs (none when p >= len). On return
+// *phase is the index, counted from the next block's start, of the next sample to keep, so that
+// consecutive blocks decimate one stream exactly as one long block would. factor 1 copies src and
+// sets *phase to 0.
+// UpSample inserts factor - 1 zeros after each sample: dst receives len * factor elements,
+// dst[k factor + *phase] = src[k] and zeros elsewhere; *phase is unchanged.
+// Silent no-ops, dst and *phase untouched, checked in this order: a null src, dst or phase; len 0
+// or of 2^31 and more; factor 0 or of 2^31 and more; *phase not below factor; for UpSample also
+// len * factor above 2^31 - 1. dst must not overlap src.
+ZAL_API void DownSample(unsigned int len, const float* src, float* dst, unsigned int factor,
+                        unsigned int* phase);
+ZAL_API void DownSample(unsigned int len, const double* src, double* dst, unsigned int factor,
+                        unsigned int* phase);
+ZAL_API void UpSample(unsigned int len, const float* src, float* dst, unsigned int factor,
+                      unsigned int* phase);
+ZAL_API void UpSample(unsigned int len, const double* src, double* dst, unsigned int factor,
+                      unsigned int* phase);
+
+}  // namespace zalaccelerate::utility
+
+// ---- Matrix product ----------------------------------------------------------------------------
+namespace zalaccelerate {
+
+// Storage of a dense r x c matrix: element (i, j) at i * c + j by rows, at i + j * r by columns.
+enum MatrixDataOrder : int { RowMajor = 0, ColumnMajor = 1 };
+
+}  // namespace zalaccelerate
+
+namespace zalaccelerate::utility {
+
+// c = a b: a is m x k, b is k x n, c is m x n, all three dense (no padding) and stored in `order`.
+// m and n are the rows and columns of c, k the inner dimension. Complex matrices are multiplied
+// as they stand (no conjugation). c must not overlap a or b.
+// ColumnMajor: the product is formed straight into c.
+// RowMajor: the product is formed in a column-major m x n temporary, which is copied into c by
+// rows and released. If m and n are nonzero and m > (2^63 - 1) / n (only possible with a
+// negative n), the temporary cannot exist and std::bad_alloc is thrown, as it is when the heap
+// has no room for it.
+// Any other order value: nothing is computed and c is left as it is.
+// Silent no-ops, nothing written: a null pointer, m or n of 0 or less, or k below 0. k = 0 gives
+// the zero matrix.
+// Accuracy: each element is a sum of k products, within k eps sum |a_il b_lj| of the exact one
+// (eps the type's unit roundoff; for complex elements, twice that); the order of summation, and
+// so the last bits, may differ between processor levels and between the two orders. A NaN
+// spreads over its row of c (in a) or column (in b); so does an infinity, which in complex
+// products may come out as NaN (a 0 * Inf inside). Runs at every level's full vector width.
+// Allocation: none by this library in the column-major form beyond what the product kernel
+// takes for packing operands of more than 128 KB (large products); the row-major form allocates
+// the temporary on every call. Callers in real-time paths use ColumnMajor.
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const float* a, const float* b,
+                      float* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const double* a, const double* b,
+                      double* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<float>* a,
+                      const std::complex<float>* b, std::complex<float>* c);
+ZAL_API void Multiply(MatrixDataOrder order, int m, int n, int k, const std::complex<double>* a,
+                      const std::complex<double>* b, std::complex<double>* c);
 
 }  // namespace zalaccelerate::utility

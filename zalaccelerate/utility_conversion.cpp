@@ -102,11 +102,15 @@ void Convert(unsigned int len, const int24_t* src, int* dst) {
   dispatch::ConvertS24ToS32(Engine(src), dst, Length(len));
 }
 void Convert(unsigned int len, const int24_t* src, float* dst, int scale) {
-  // Scaled in place, but only after a conversion: a refused call leaves dst as it was.
-  const EngStatus status = dispatch::ConvertS24ToF32(Engine(src), dst, Length(len));
-  if (status == engStsNoErr && scale != 0) {
-    dispatch::MulConstantF32InPlace(NearestPowerOfTwo(scale), dst, Length(len));
+  if (scale == 0) {
+    dispatch::ConvertS24ToF32(Engine(src), dst, Length(len));
+    return;
   }
+  // The exact float of each sample times the factor, one rounding, as converting and then
+  // multiplying in place would give, in one pass: a one-channel deinterleave with that factor.
+  float* const channel[] = {dst};
+  dispatch::DeinterleaveConvertS24ToF32(Engine(src), channel, 1, Length(len),
+                                        NearestPowerOfTwo(scale));
 }
 void ConvertFloat2Half(float* src, unsigned short* dst, unsigned int len) {
   dispatch::ConvertF32ToF16(src, dst, Length(len), 0);

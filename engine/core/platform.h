@@ -2,6 +2,7 @@
 // one file of its own.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "engine/core/cpuid_source.h"
@@ -15,5 +16,8 @@ std::uint64_t ReadTimeStampCounter();
 std::int64_t CalendarSeconds();
 // The MXCSR mask field of the FXSAVE image: which MXCSR bits the processor supports (0: default).
 std::uint32_t FxsaveMxcsrMask();
+// Writes `count` copies of `pattern` from dst on with the string-store instruction, which fills
+// whole cache lines without reading them first and leaves them in the cache.
+void StoreRepeatedQwords(void* dst, std::uint64_t pattern, std::size_t count);
 
 }  // namespace zal::engine::platform

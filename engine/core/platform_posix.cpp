@@ -35,4 +35,8 @@ std::uint32_t FxsaveMxcsrMask() {
          static_cast<std::uint32_t>(image[30]) << 16 | static_cast<std::uint32_t>(image[31]) << 24;
 }
 
+void StoreRepeatedQwords(void* dst, std::uint64_t pattern, std::size_t count) {
+  __asm__ volatile("rep stosq" : "+D"(dst), "+c"(count) : "a"(pattern) : "memory");
+}
+
 }  // namespace zal::engine::platform

@@ -53,6 +53,10 @@ std::uint32_t FxsaveMxcsrMask() {
          static_cast<std::uint32_t>(image[30]) << 16 | static_cast<std::uint32_t>(image[31]) << 24;
 }
 
+void StoreRepeatedQwords(void* dst, std::uint64_t pattern, std::size_t count) {
+  __stosq(static_cast<unsigned long long*>(dst), pattern, count);
+}
+
 }  // namespace zal::engine::platform
 
 #undef ZAL_MSVC_INTRINSICS

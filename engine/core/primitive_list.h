@@ -244,16 +244,71 @@
   X(conversion, InterleaveConvertF32ToS24, InterleaveS24, kExact)     \
   X(conversion, InterleaveConvertF32ToS32, InterleaveS32, kExact)
 
-#define ZAL_PRIMITIVES(X)      \
-  ZAL_MEMORY_PRIMITIVES(X)     \
-  ZAL_FP_CONTROL_PRIMITIVES(X) \
-  ZAL_VERSION_PRIMITIVES(X)    \
-  ZAL_ARITHMETIC_PRIMITIVES(X) \
-  ZAL_MATH_PRIMITIVES(X)       \
-  ZAL_STATISTICS_PRIMITIVES(X) \
-  ZAL_THRESHOLD_PRIMITIVES(X)  \
-  ZAL_COMPLEX_PRIMITIVES(X)    \
-  ZAL_MOVEMENT_PRIMITIVES(X)   \
-  ZAL_CONVERSION_PRIMITIVES(X) \
-  ZAL_WINDOW_PRIMITIVES(X)     \
-  ZAL_FFT_PRIMITIVES(X)
+// Multirate polyphase FIR filter: size query for either element type, preparation of the phase
+// bank, and the filter itself.
+#define ZAL_MULTIRATE_PRIMITIVES(X)                            \
+  X(multirate, MultirateFirGetSize, MRFGetSize, kService)      \
+  X(multirate, MultirateFirInitF32, MRFInit<float>, kService)  \
+  X(multirate, MultirateFirInitF64, MRFInit<double>, kService) \
+  X(multirate, MultirateFirF32, MRFFilter<float>, kService)    \
+  X(multirate, MultirateFirF64, MRFFilter<double>, kService)
+// ---- Single-rate FIR filter and lowpass design
+// Direct-form FIR: size query, preparation, filtering with optional delay lines. The lowpass
+// design is a windowed sinc in double.
+#define ZAL_FIR_PRIMITIVES(X)                                     \
+  X(fir, FIRGetSizeF32, FIRGetSize, kService)                     \
+  X(fir, FIRInitF32, FIRInit, kService)                           \
+  X(fir, FIRF32, FIRFilter, kService)                             \
+  X(fir, FIRGenLowpassGetBufferSize, LowpassBufferSize, kService) \
+  X(fir, FIRGenLowpassF64, LowpassDesign, kService)
+// IIR filter: a direct form of one order, or a cascade of second-order sections. GetSize gives the
+// block for an order or a section count; Init prepares a spec in it from taps and an optional delay
+// line; the filter runs a stream; the delay line reads and writes where the stream stands.
+#define ZAL_IIR_BY_TYPE_PRIMITIVES(X, T, E)            \
+  X(iir, IIRGetSize##E, IIRGetSize, kService)          \
+  X(iir, IIRGetSizeBiQuad##E, IIRGetSize, kService)    \
+  X(iir, IIRInit##E, IIRInit<T>, kService)             \
+  X(iir, IIRInitBiQuad##E, IIRInit<T>, kService)       \
+  X(iir, IIR##E, IIRFilter<T>, kService)               \
+  X(iir, IIRGetDlyLine##E, IIRGetDlyLine<T>, kService) \
+  X(iir, IIRSetDlyLine##E, IIRSetDlyLine<T>, kService)
+
+#define ZAL_IIR_PRIMITIVES(X)               \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, float, F32) \
+  ZAL_IIR_BY_TYPE_PRIMITIVES(X, double, F64)
+// Convolution and resampling: the work-size query, the convolution of two vectors, and the
+// stream decimator and zero inserter.
+#define ZAL_CONVOLUTION_PRIMITIVES(X)                                \
+  X(convolution, ConvolutionGetSize, ConvolutionSizeQuery, kService) \
+  X(convolution, ConvolveF32, Convolution<float>, kService)          \
+  X(convolution, ConvolveF64, Convolution<double>, kService)         \
+  X(convolution, DownSampleF32, Resampling<float>, kService)         \
+  X(convolution, DownSampleF64, Resampling<double>, kService)        \
+  X(convolution, UpSampleF32, Resampling<float>, kService)           \
+  X(convolution, UpSampleF64, Resampling<double>, kService)
+// Matrix product
+// c = a b, a m x k, b k x n, c m x n stored by columns; a and b by rows when `rows` is nonzero.
+#define ZAL_MATRIX_PRIMITIVES(X)                                  \
+  X(matrix, MatrixProductF32, MatrixProduct<float>, kService)     \
+  X(matrix, MatrixProductF64, MatrixProduct<double>, kService)    \
+  X(matrix, MatrixProductC32, MatrixProduct<Complex32>, kService) \
+  X(matrix, MatrixProductC64, MatrixProduct<Complex64>, kService)
+
+#define ZAL_PRIMITIVES(X)       \
+  ZAL_MEMORY_PRIMITIVES(X)      \
+  ZAL_FP_CONTROL_PRIMITIVES(X)  \
+  ZAL_VERSION_PRIMITIVES(X)     \
+  ZAL_ARITHMETIC_PRIMITIVES(X)  \
+  ZAL_MATH_PRIMITIVES(X)        \
+  ZAL_STATISTICS_PRIMITIVES(X)  \
+  ZAL_THRESHOLD_PRIMITIVES(X)   \
+  ZAL_COMPLEX_PRIMITIVES(X)     \
+  ZAL_MOVEMENT_PRIMITIVES(X)    \
+  ZAL_CONVERSION_PRIMITIVES(X)  \
+  ZAL_WINDOW_PRIMITIVES(X)      \
+  ZAL_FFT_PRIMITIVES(X)         \
+  ZAL_MULTIRATE_PRIMITIVES(X)   \
+  ZAL_FIR_PRIMITIVES(X)         \
+  ZAL_IIR_PRIMITIVES(X)         \
+  ZAL_CONVOLUTION_PRIMITIVES(X) \
+  ZAL_MATRIX_PRIMITIVES(X)

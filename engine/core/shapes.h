@@ -202,10 +202,69 @@ using InterleaveS16 = InterleaveConversion<short>;
 using InterleaveS24 = InterleaveConversion<Int24>;
 using InterleaveS32 = InterleaveConversion<int>;
 
+// ---- Single-rate FIR filter and lowpass design --------------------------------------------------
+// A prepared filter lives in a spec block of the queried size, laid out by the level that prepares
+// it; filtering reads the delay line dly_src (null: silence) and writes the stream's last
+// taps_len - 1 inputs to dly_dst (null: not kept). The lowpass design writes taps_len doubles.
+using FIRGetSize = EngStatus(int taps_len, int data_type, int* spec_size, int* work_size);
+using FIRInit = EngStatus(const float* taps, int taps_len, int algorithm, unsigned char* spec);
+using FIRFilter = EngStatus(const float* src, float* dst, int n, const unsigned char* spec,
+                            const float* dly_src, float* dly_dst, unsigned char* work);
+using LowpassBufferSize = EngStatus(int taps_len, int* buffer_size);
+using LowpassDesign = EngStatus(double rfreq, double* taps, int taps_len, int window, int normalize,
+                                unsigned char* buffer);
+// ---- Convolution and resampling ----------------------------------------------------------------
+// Linear convolution: dst[k] = sum of a[i] * b[k - i], lenA + lenB - 1 outputs. `method` 0 lets
+// the engine choose, 1 sums directly, 2 runs the transform; `data_type` 13 is float, 19 double.
+// The work size is in bytes; the transform keeps its prepared tables in the work buffer.
+using ConvolutionSizeQuery = EngStatus(int len_a, int len_b, int data_type, int method, int* bytes);
+template <class T>
+using Convolution = EngStatus(const T* a, int len_a, const T* b, int len_b, T* dst, int method,
+                              unsigned char* work);
+// Stream decimation and zero insertion by an integer factor; `phase` carries the stream position
+// from one block to the next, `dst_len` receives the outputs written.
+template <class T>
+using Resampling = EngStatus(const T* src, int len, T* dst, int* dst_len, int factor, int* phase);
+
 using Allocate = void*(int count);
 using Release = void(void* block);
 using SetFlushToZero = EngStatus(int flag, unsigned int* saved_underflow_mask);
 using SetFlag = EngStatus(int flag);
 using VersionQuery = const EngLibraryVersion*();
+
+// ---- Multirate FIR filter ----------------------------------------------------------------------
+// A prepared polyphase filter (MRFSpec, opaque here) lives in a spec block the caller allocates to
+// the queried size, with a work buffer of the queried size beside it. `data_type` is the engine's
+// element code: 13 float, 19 double. Each call runs `iters` periods of down_factor inputs and
+// up_factor outputs; the delay lines (optional, null for silence) hold the last inputs, oldest
+// first, and may be one array.
+struct MRFSpec;
+using MRFGetSize = EngStatus(int up_factor, int down_factor, int taps_len, int data_type,
+                             int* spec_size, int* buf_size);
+template <class T>
+using MRFInit = EngStatus(MRFSpec** spec, const T* taps, int taps_len, int up_factor, int up_phase,
+                          int down_factor, int down_phase, unsigned char* block);
+template <class T>
+using MRFFilter = EngStatus(const T* src, T* dst, int iters, const MRFSpec* spec, const T* dly_src,
+                            T* dly_dst, unsigned char* work);
+// ---- IIR filter --------------------------------------------------------------------------------
+// A prepared recursive filter (IIRSpec, opaque here) lives in a block the caller allocates to the
+// queried size; preparation writes its address through `spec`. The filter updates the spec.
+struct IIRSpec;
+using IIRGetSize = EngStatus(int order, int* size);
+template <class T>
+using IIRInit = EngStatus(IIRSpec** spec, const T* taps, int order, const T* dly_line,
+                          unsigned char* block);
+template <class T>
+using IIRFilter = EngStatus(const T* src, T* dst, int n, IIRSpec* spec);
+template <class T>
+using IIRGetDlyLine = EngStatus(const IIRSpec* spec, T* dly_line);
+template <class T>
+using IIRSetDlyLine = EngStatus(IIRSpec* spec, const T* dly_line);
+// Matrix product
+// c = a b with a m x k, b k x n and c m x n, c stored by columns; a and b are stored by columns,
+// or by rows when `rows` is nonzero. k may be 0 (c is then zero).
+template <class T>
+using MatrixProduct = EngStatus(const T* a, const T* b, T* c, int m, int n, int k, int rows);
 
 }  // namespace zal::engine

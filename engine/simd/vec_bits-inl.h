@@ -94,14 +94,18 @@ ZAL_INLINE VBytes ShuffleInLanes(VBytes v, __m128i order) {
 // Packed 24-bit elements with bytes 0 and 2 exchanged, for the bytes of `bytes` (at most 48:
 // sixteen elements): spread four elements to a 128-bit lane, swapped in lanes, packed back. The
 // masked load and store touch no other byte, so dst may be src.
-ZAL_INLINE void SwapInt24Bytes(const void* src, void* dst, __mmask64 bytes) {
+// The sixteen packed 24-bit samples in the low 48 bytes of x with bytes 0 and 2 exchanged; the
+// top 16 bytes of the result hold anything.
+ZAL_INLINE __m512i SwappedInt24(__m512i x) {
   const __m512i spread = _mm512_setr_epi32(0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
   const __m128i exchange = _mm_setr_epi8(2, 1, 0, 5, 4, 3, 8, 7, 6, 11, 10, 9, -1, -1, -1, -1);
   const __m512i pack = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
-  const __m512i x = _mm512_maskz_loadu_epi8(bytes, src);
   const __m512i lanes = _mm512_permutexvar_epi32(spread, x);
   const __m512i swapped = _mm512_shuffle_epi8(lanes, _mm512_broadcast_i32x4(exchange));
-  _mm512_mask_storeu_epi8(dst, bytes, _mm512_permutexvar_epi32(pack, swapped));
+  return _mm512_permutexvar_epi32(pack, swapped);
+}
+ZAL_INLINE void SwapInt24Bytes(const void* src, void* dst, __mmask64 bytes) {
+  _mm512_mask_storeu_epi8(dst, bytes, SwappedInt24(_mm512_maskz_loadu_epi8(bytes, src)));
 }
 #elif ZAL_LEVEL_INDEX >= 4
 struct VBytes {

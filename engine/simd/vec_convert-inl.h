@@ -297,6 +297,70 @@ ZAL_INLINE void StoreLanes(Int24* p, CI v) {
 #endif
 }
 
+// The samples of LoadLanes, read with one whole-register load whose bytes past the samples are
+// ignored: only where the source goes on at least that far. Masked loads whose masked-off bytes
+// cross a page cost an assist on some processors.
+template <class From>
+ZAL_INLINE auto LoadLanesFollowed(const From* p) {
+  return LoadLanes(p);
+}
+ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
+#if ZAL_LEVEL_INDEX >= 5
+  const __m512i words = _mm512_loadu_si512(p);
+  const __m512i lanes = _mm512_permutexvar_epi32(
+      _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), words);
+  const __m512i spread = _mm512_shuffle_epi8(
+      lanes,
+      _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)));
+  return {_mm512_srai_epi32(spread, 8)};
+#elif ZAL_LEVEL_INDEX >= 4
+  const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+  const __m256i lanes =
+      _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6));
+  const __m256i spread = _mm256_shuffle_epi8(
+      lanes, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, 0, 1, 2, -1,
+                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
+  return {_mm256_srai_epi32(spread, 8)};
+#elif ZAL_LEVEL_INDEX >= 1
+  const __m128i packed = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  const __m128i spread =
+      _mm_shuffle_epi8(packed, _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
+  return {_mm_srai_epi32(spread, 8)};
+#else
+  return LoadLanes(p);
+#endif
+}
+
+// The samples of StoreLanes, written with one whole-register store whose bytes past the samples
+// hold anything: only for a store that the next one, at the samples' end, overwrites.
+template <class To, class V>
+ZAL_INLINE void StoreLanesFollowed(To* p, V v) {
+  StoreLanes(p, v);
+}
+ZAL_INLINE void StoreLanesFollowed(Int24* p, CI v) {
+#if ZAL_LEVEL_INDEX >= 5
+  const __m512i packed =
+      _mm512_shuffle_epi8(v.raw, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10,
+                                                                      12, 13, 14, -1, -1, -1, -1)));
+  const __m512i joined = _mm512_permutexvar_epi32(
+      _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 15, 15, 15, 15), packed);
+  _mm512_storeu_si512(p, joined);
+#elif ZAL_LEVEL_INDEX >= 4
+  const __m256i packed = _mm256_shuffle_epi8(
+      v.raw, _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1, 0, 1, 2, 4, 5,
+                              6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  const __m256i joined =
+      _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), joined);
+#elif ZAL_LEVEL_INDEX >= 1
+  const __m128i packed = _mm_shuffle_epi8(
+      v.raw, _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), packed);
+#else
+  StoreLanes(p, v);
+#endif
+}
+
 // ---- Lane arithmetic ----------------------------------------------------------------------------
 
 #if ZAL_LEVEL_INDEX >= 5

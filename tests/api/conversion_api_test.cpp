@@ -241,6 +241,51 @@ TEST(ConvertInt24, RangeEndsAndScales) {
   EXPECT_EQ(int{narrow[5]}, 8388607);
 }
 
+// Long arrays through the one-pass scaled path: each sample's exact float times the float nearest
+// 2^-scale, one rounding, whatever the length's tail; the bytes after the array stay as they were.
+TEST(ConvertInt24, ScaledLongArraysMatchAProductPerSample) {
+  const int scales[] = {1, 8, 15, 23, 31, -8, -23, 126, 140, 149, 150, -127};
+  const unsigned lengths[] = {1, 15, 16, 47, 193, 4099};
+  std::mt19937 rng(24);
+  std::uniform_int_distribution<int> value(int24_t::kMin, int24_t::kMax);
+  for (const unsigned len : lengths) {
+    std::vector<int24_t> src(len);
+    for (int24_t& x : src) x = int24_t(value(rng));
+    src[0] = int24_t(int24_t::kMin);
+    for (const int scale : scales) {
+      SCOPED_TRACE(testing::Message() << "len " << len << ", scale " << scale);
+      const float factor = static_cast<float>(std::ldexp(1.0, -scale));
+      std::vector<float> dst(len + 4, 42.0f);
+      u::Convert(len, src.data(), dst.data(), scale);
+      for (unsigned i = 0; i < len; ++i) {
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(dst[i]),
+                  std::bit_cast<std::uint32_t>(static_cast<float>(int{src[i]}) * factor))
+            << "at " << i;
+      }
+      for (unsigned i = len; i < len + 4; ++i) ASSERT_EQ(dst[i], 42.0f);
+    }
+  }
+}
+
+// Whole-register stores run ahead of the samples inside the array; the array's last bytes and
+// the ones after it must still be exact, for lengths around every register multiple.
+TEST(ConvertFloatToInt24, StoresEndAtTheArraysEnd) {
+  for (unsigned len = 1; len <= 200; ++len) {
+    std::vector<float> src(len);
+    for (unsigned i = 0; i < len; ++i) src[i] = (i % 2 ? -1.0f : 1.0f) * (0.25f + 0.003f * i);
+    for (const bool round : {false, true}) {
+      std::vector<int24_t> dst(len + 8, int24_t(0x5A5A5A));
+      u::Convert(len, src.data(), dst.data(), -23, round);
+      for (unsigned i = 0; i < len; ++i) {
+        const double scaled = std::ldexp(static_cast<double>(src[i]), 23);
+        const double expected = round ? std::nearbyint(scaled) : std::trunc(scaled);
+        ASSERT_EQ(int{dst[i]}, static_cast<int>(expected)) << "len " << len << " at " << i;
+      }
+      for (unsigned i = len; i < len + 8; ++i) ASSERT_EQ(int{dst[i]}, 0x5A5A5A) << "len " << len;
+    }
+  }
+}
+
 TEST(ConvertFloatDouble, WidensExactlyAndNarrowsInTheCallersMode) {
   const float f[] = {1e-45f, -kInf, 3.4028235e38f, 0.1f};
   double d[4];
@@ -461,6 +506,8 @@ TEST(Conversion, RefusedCallsWriteNothing) {
   u::Convert(0x80000000u, floats, static_cast<int24_t*>(nullptr), 0, false);
   u::ConvertHalf2Float(nullptr, floats, 4);
   u::Convert(4, static_cast<const int24_t*>(nullptr), floats, 3);
+  u::Convert(0x80000000u, packed, floats, 3);
+  u::Convert(4, packed, static_cast<float*>(nullptr), 3);
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(shorts[i], 7);
     EXPECT_EQ(int{packed[i]}, 7);

@@ -5,14 +5,17 @@
 #include <string>
 
 #include "engine/core/cache_size.h"
+#include "engine/core/streaming.h"
 #include "tests/support/recorded_processors.h"
 
 namespace {
 
 using zal::engine::CacheSize;
 using zal::engine::CpuidRegisters;
+using zal::engine::FillStreamingThresholdFor;
 using zal::engine::MaxCacheFromDescriptors;
 using zal::engine::MeasureMaxCacheSize;
+using zal::engine::StreamingThresholdFor;
 using zal::test::Recorded;
 using zal::test::RecordedCase;
 using zal::test::RecordedProcessor;
@@ -165,3 +168,52 @@ TEST(CacheSize, DescriptorsNameTheLargestDataCache) {
 }
 
 }  // namespace
+
+struct ThresholdCase {
+  const char* processor;
+  const char* change;
+  std::function<void(RecordedProcessor&)> edit;
+  std::int64_t elementwise;  // half the level-2 cache, at least 256 KiB; 1 MiB when unknown
+  std::int64_t fill;         // three quarters of the last level, at least the elementwise one
+};
+
+constexpr std::uint32_t kOtherVendorTopologyBit = 1u << 22;
+constexpr std::uint32_t kOtherVendorSizesLeaf = 0x80000006;
+
+const ThresholdCase kThresholdCases[] = {
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "as recorded", [](auto&) {},
+     512 * kKiB, 27 * kMiB / 4 * 3 + 384 * kKiB},
+    {"2000 desktop, family 6 model 8, SSE", "no cache parameter leaf", [](auto&) {}, kMiB, kMiB},
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "as recorded", [](auto&) {},
+     256 * kKiB, 12 * kMiB},
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "without topology extensions",
+     [](auto& p) { p.Registers(0x80000001, 0).ecx &= ~kOtherVendorTopologyBit; }, 256 * kKiB,
+     24 * kMiB},
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "highest extended leaf 0x80000005",
+     [](auto& p) { p.LimitReportedMaxLeaf(0x80000005); }, kMiB, kMiB},
+    // The cache leaf of a 2024 server, family 26 model 2, under a hypervisor: 1 MiB L2, 32 MiB L3.
+    {"2019 desktop, family 23 model 113, AVX2, another vendor", "2024 server's cache leaf",
+     [](auto& p) {
+       p.Registers(0x8000001D, 2) = {0x00000143, 0x03C0003F, 0x000003FF, 0x00000002};
+       p.Registers(0x8000001D, 3) = {0x00004163, 0x03C0003F, 0x00007FFF, 0x00000001};
+     },
+     512 * kKiB, 24 * kMiB},
+    // The reference vendor's leaf 0x80000006 has no level-3 field: it is not read there.
+    {"2017 server, family 6 model 85, AVX-512 F/CD/BW/DQ/VL", "leaf 4 empty, sizes leaf set",
+     [](auto& p) {
+       p.Registers(4, 0) = {};
+       p.Registers(kOtherVendorSizesLeaf, 0) = {0, 0, 0x04006140, 0x01009140};
+       p.Registers(0x80000000, 0).eax = kOtherVendorSizesLeaf;
+     },
+     kMiB, kMiB},
+};
+
+TEST(StreamingThreshold, FollowsTheLevelTwoAndLastLevelCaches) {
+  for (const ThresholdCase& c : kThresholdCases) {
+    SCOPED_TRACE(std::string(c.processor) + ": " + c.change);
+    RecordedProcessor cpu = Recorded(c.processor);
+    c.edit(cpu);
+    EXPECT_EQ(StreamingThresholdFor(cpu), c.elementwise);
+    EXPECT_EQ(FillStreamingThresholdFor(cpu), c.fill);
+  }
+}

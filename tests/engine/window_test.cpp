@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/core/dispatch.h"
+#include "engine/core/primitive_declarations.h"
 
 namespace zal::engine {
 namespace {
@@ -157,6 +158,49 @@ TEST(Windows, FloatWeightsWithinTwoUlpOfTheFormula) {
 }
 TEST(Windows, DoubleWeightsWithinTwoUlpOfTheFormula) {
   ExpectWeightsWithinTwoUlp<double>();
+}
+
+// The float raised-cosine windows carry their weights along chains of indices, re-anchored from
+// time to time: the worst error over long windows, whose chains are the longest and whose first
+// weights the smallest, and over lengths whose middle falls at a block's or an anchor's edge; and
+// the portable variant's bits, which walks each index's chain alone.
+TEST(Windows, FloatRaisedCosineChainsStayWithinTwoUlpOverLongWindows) {
+  const std::vector<Window<float>> portable_windows = {
+      {"Hann",
+       [](const float* s, float* d, int n, float) { return portable::WindowHannF32(s, d, n); },
+       HannWeight},
+      {"Hamming",
+       [](const float* s, float* d, int n, float) { return portable::WindowHammingF32(s, d, n); },
+       HammingWeight},
+      {"Blackman", portable::WindowBlackmanF32, BlackmanWeight},
+  };
+  constexpr int kChainLengths[] = {127,  128,  129,  255,     257,
+                                   4100, 4223, 8319, 1 << 20, (1 << 22) - 3};
+  for (const Window<float>& window : Windows<float>()) {
+    if (std::strcmp(window.name, "Bartlett") == 0 || std::strcmp(window.name, "Kaiser") == 0) {
+      continue;
+    }
+    double worst = 0;
+    for (int n : kChainLengths) {
+      const std::vector<float> ones(n, 1.0f);
+      std::vector<float> weights(n);
+      ASSERT_EQ(window.apply(ones.data(), weights.data(), n, -0.16f), engStsNoErr) << n;
+      for (const Window<float>& portable_window : portable_windows) {
+        if (std::strcmp(portable_window.name, window.name) != 0) continue;
+        std::vector<float> reference(n);
+        ASSERT_EQ(portable_window.apply(ones.data(), reference.data(), n, -0.16f), engStsNoErr);
+        ASSERT_EQ(std::memcmp(weights.data(), reference.data(), n * sizeof(float)), 0)
+            << window.name << " n " << n;
+      }
+      for (int i = 0; i <= n / 2; ++i) {
+        const double distance = UlpDistance(weights[i], window.weight(i, n - 1.0L, -0.16f));
+        worst = std::max(worst, distance);
+        ASSERT_LE(distance, 2.0) << window.name << " n " << n << " at " << i;
+        ASSERT_EQ(weights[i], weights[n - 1 - i]) << window.name << " n " << n << " at " << i;
+      }
+    }
+    std::printf("%-9s float, long windows: worst %.3f ulp\n", window.name, worst);
+  }
 }
 
 // The weights a user can check by hand, applied to ones.

@@ -284,6 +284,12 @@ std::vector<RecordedCase> MakeRecordedProcessors() {
                {7, 0, {0, 0x219C91A9, 0x00400004, 0}},
                {kExtendedBase, 0, {0x8000001F, kOtherVendorEbx, kOtherVendorEcx, kOtherVendorEdx}},
                {0x80000001, 0, {0x00870F10, 0x20000000, 0x75C237FF, 0x2FD3FBFF}},
+               // L2 512 KiB, L3 32 MiB in all (this leaf) or 16 MiB per core complex (0x8000001D).
+               {0x80000006, 0, {0x48006400, 0x68006400, 0x02006140, 0x01009140}},
+               {0x8000001D, 0, {0x00004121, 0x01C0003F, 0x0000003F, 0}},
+               {0x8000001D, 1, {0x00004122, 0x01C0003F, 0x0000003F, 0}},
+               {0x8000001D, 2, {0x00004143, 0x01C0003F, 0x000003FF, 0x00000002}},
+               {0x8000001D, 3, {0x0001C163, 0x03C0003F, 0x00003FFF, 0x00000001}},
            },
            0x7),
        {.features = 0xFEFFF,

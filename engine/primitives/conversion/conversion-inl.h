@@ -31,21 +31,41 @@ ZAL_INLINE void ConvertPartial(Op op, const From* src, To* dst, std::ptrdiff_t n
   std::memcpy(dst, out, static_cast<std::size_t>(n) * sizeof(To));
 }
 
+// Four registers from src + i to dst + i. Whole-register loads and stores (for 24-bit samples)
+// stay inside the arrays: a register's spill-over is the next one's samples, and the fourth
+// spills only when kFollowed says that a whole register comes after it.
+template <bool kFollowed, class From, class To, class Op>
+ZAL_INLINE void ConvertFour(Op op, const From* src, To* dst) {
+  const auto r0 = op(LoadLanesFollowed(src));
+  const auto r1 = op(LoadLanesFollowed(src + kLanes));
+  const auto r2 = op(LoadLanesFollowed(src + 2 * kLanes));
+  const auto r3 = op(kFollowed ? LoadLanesFollowed(src + 3 * kLanes) : LoadLanes(src + 3 * kLanes));
+  StoreLanesFollowed(dst, r0);
+  StoreLanesFollowed(dst + kLanes, r1);
+  StoreLanesFollowed(dst + 2 * kLanes, r2);
+  if constexpr (kFollowed) {
+    StoreLanesFollowed(dst + 3 * kLanes, r3);
+  } else {
+    StoreLanes(dst + 3 * kLanes, r3);
+  }
+}
+
 // dst[i] = op(src[i]) for i < n, lanes at a time.
 template <class From, class To, class Op>
 ZAL_INLINE void ConvertRange(Op op, const From* src, To* dst, std::ptrdiff_t n) {
   std::ptrdiff_t i = 0;
-  for (; i + 4 * kLanes <= n; i += 4 * kLanes) {
-    const auto r0 = op(LoadLanes(src + i));
-    const auto r1 = op(LoadLanes(src + i + kLanes));
-    const auto r2 = op(LoadLanes(src + i + 2 * kLanes));
-    const auto r3 = op(LoadLanes(src + i + 3 * kLanes));
-    StoreLanes(dst + i, r0);
-    StoreLanes(dst + i + kLanes, r1);
-    StoreLanes(dst + i + 2 * kLanes, r2);
-    StoreLanes(dst + i + 3 * kLanes, r3);
+  for (; i + 5 * kLanes <= n; i += 4 * kLanes) ConvertFour<true>(op, src + i, dst + i);
+  if (i + 4 * kLanes <= n) {
+    ConvertFour<false>(op, src + i, dst + i);
+    i += 4 * kLanes;
   }
-  for (; i + kLanes <= n; i += kLanes) StoreLanes(dst + i, op(LoadLanes(src + i)));
+  for (; i + 2 * kLanes <= n; i += kLanes) {
+    StoreLanesFollowed(dst + i, op(LoadLanesFollowed(src + i)));
+  }
+  if (i + kLanes <= n) {
+    StoreLanes(dst + i, op(LoadLanes(src + i)));
+    i += kLanes;
+  }
   if (i < n) ConvertPartial(op, src + i, dst + i, n - i);
 }
 
@@ -158,6 +178,17 @@ struct ToS24Limited {
   }
 };
 
+// The truncating 24-bit rule for factors of at least 2^23: every input at or beyond +-1.0 already
+// scales beyond the 24-bit range, so limiting the product gives what limiting the input first
+// would, a NaN included, with two operations less.
+struct ToS24WideFactor {
+  CF factor;
+  ZAL_INLINE CI operator()(CF x) const {
+    const CF y = LimitBelow(x * factor, BroadcastLanes(-8388608.0f));
+    return Truncate(LimitAbove(y, BroadcastLanes(8388607.0f)));
+  }
+};
+
 // ---- Binary16 -----------------------------------------------------------------------------------
 
 // Exact. Normal values move their exponent and fraction fields; subnormals are 2^-14 + m 2^-24
@@ -243,10 +274,12 @@ ZAL_INLINE EngStatus WithS24Rule(int mode, int scale, Body body) {
     const NearestRounding nearest;
     return body(ToS24NearestEven{BroadcastLanes(ScaleFactor(scale))});
   }
-  const CF factor = BroadcastLanes(ExactPowerOfTwo(scale));
+  const float exact = ExactPowerOfTwo(scale);
+  const CF factor = BroadcastLanes(exact);
   return WithRounding(mode, [&](auto round) {
     constexpr bool kRound = decltype(round)::value;
     if (scale == 0) return body(ToS24Limited<kRound, false>{factor});
+    if (!kRound && exact >= 8388608.0f) return body(ToS24WideFactor{factor});
     return body(ToS24Limited<kRound, true>{factor});
   });
 }

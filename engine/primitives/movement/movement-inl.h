@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "engine/core/platform.h"
 #include "engine/core/primitive_declarations.h"
 #include "engine/core/streaming.h"
 #include "engine/primitives/argument_check-inl.h"
@@ -170,9 +171,17 @@ ZAL_INLINE void FillUp(Byte* dst, VBits pattern, std::size_t n, std::size_t elem
   if constexpr (kStream) StreamFence();
 }
 
-ZAL_NOINLINE void FillLarge(Byte* dst, VBits pattern, std::size_t n, std::size_t element) {
-  if (WorthStreaming(n)) return FillUp<true>(dst, pattern, n, element);
-  FillUp<false>(dst, pattern, n, element);
+// Large fills that the last-level cache keeps go to the string store: register stores read each
+// line before writing it, which costs half the speed there. The pattern repeats every 8 bytes from
+// dst, so the quadwords and the tail after them stay in phase.
+ZAL_NOINLINE void FillLarge(Byte* dst, VBits pattern, std::size_t n, std::size_t element,
+                            std::uint64_t pattern_bits) {
+  if (static_cast<std::int64_t>(n) >= FillStreamingThresholdBytes()) {
+    return FillUp<true>(dst, pattern, n, element);
+  }
+  const std::size_t quadwords = n / 8;
+  platform::StoreRepeatedQwords(dst, pattern_bits, quadwords);
+  FillShort(dst + 8 * quadwords, pattern, n % 8);
 }
 
 template <class T>
@@ -181,7 +190,7 @@ ZAL_INLINE EngStatus FillElements(T* dst, int n, std::uint64_t pattern) {
   const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(T);
   Byte* p = reinterpret_cast<Byte*>(dst);
   if (static_cast<std::int64_t>(bytes) >= kStreamingStoreMinBytes) {
-    FillLarge(p, RepeatBits(pattern), bytes, sizeof(T));
+    FillLarge(p, RepeatBits(pattern), bytes, sizeof(T), pattern);
   } else {
     FillUp<false>(p, RepeatBits(pattern), bytes, sizeof(T));
   }
@@ -302,6 +311,20 @@ ZAL_INLINE EngStatus SwapInt24(const Int24* src, Int24* dst, int n) {
   // Cross-lane permutes make this a load, three shuffles and a store per sixteen elements.
   constexpr __mmask64 kSixteen = (__mmask64{1} << 48) - 1;
   std::size_t q = 0;
+  // Whole-register loads while the source goes on past them (masked ones whose masked-off bytes
+  // cross a page cost an assist), both read before either is written. The first store spills into
+  // the second's bytes; the second spills only where it cannot be the next block's unread source.
+  const bool in_place = s == d;
+  for (; q + 112 <= bytes; q += 96) {
+    const __m512i first = SwappedInt24(_mm512_loadu_si512(s + q));
+    const __m512i second = SwappedInt24(_mm512_loadu_si512(s + q + 48));
+    _mm512_storeu_si512(d + q, first);
+    if (in_place) {
+      _mm512_mask_storeu_epi8(d + q + 48, kSixteen, second);
+    } else {
+      _mm512_storeu_si512(d + q + 48, second);
+    }
+  }
   for (; q + 96 <= bytes; q += 96) {
     SwapInt24Bytes(s + q, d + q, kSixteen);
     SwapInt24Bytes(s + q + 48, d + q + 48, kSixteen);

@@ -9,8 +9,10 @@
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
+#include "engine/simd/default_nan-inl.h"
 #include "engine/simd/vec-inl.h"
 #include "engine/simd/vec_fft-inl.h"
+#include "engine/simd/vec_math-inl.h"
 
 // After the vector layer, whose Broadcast the weights use.
 #include "engine/primitives/window/window_weights-inl.h"
@@ -30,6 +32,24 @@ ZAL_INLINE VectorOf<T> WeightsAt(const Weight& weight, VF64 first, Index index) 
   } else {
     return weight(index(first));
   }
+}
+
+// Two registers of weights, for the elements at `at` and `at + lanes`, applied to them and,
+// lanes reversed, to their mirrors at the back; one comparison per two registers finds NaNs.
+template <class T, class V>
+ZAL_INLINE void ApplyTwoMirrored(const T* src, T* dst, std::ptrdiff_t n, std::ptrdiff_t at, V w0,
+                                 V w1) {
+  constexpr std::ptrdiff_t kLanes = V::kLanes;
+  const std::ptrdiff_t back = n - at - 2 * kLanes;
+  V front0 = Load(src + at) * w0;
+  V front1 = Load(src + at + kLanes) * w1;
+  V back0 = Load(src + back + kLanes) * Reverse(w0);
+  V back1 = Load(src + back) * Reverse(w1);
+  DefaultNaNs(front0, front1, back0, back1);
+  Store(dst + at, front0);
+  Store(dst + at + kLanes, front1);
+  Store(dst + back + kLanes, back0);
+  Store(dst + back, back1);
 }
 
 // dst[i] = w(min(i, n - 1 - i)) src[i]. The front and back registers of one step never overlap
@@ -55,10 +75,8 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
     const auto w1 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(kLanes)), same);
     const auto w2 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(2 * kLanes)), same);
     const auto w3 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(3 * kLanes)), same);
-    apply(i, w0);
-    apply(i + kLanes, w1);
-    apply(i + 2 * kLanes, w2);
-    apply(i + 3 * kLanes, w3);
+    ApplyTwoMirrored(src, dst, n, i, w0, w1);
+    ApplyTwoMirrored(src, dst, n, i + 2 * kLanes, w2, w3);
   }
   for (; 2 * (i + kLanes) <= n; i += kLanes) {
     apply(i, WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same));
@@ -75,6 +93,73 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
       const int rest = static_cast<int>(end - i);
       StoreN(dst + i, DefaultNaN(LoadN(src + i, rest) * w), rest);
     }
+  }
+}
+
+// The float raised-cosine windows: the chains of every kBlock indices walked block by block from
+// their anchors, eight registers of them side by side (enough to cover the recurrence's latency),
+// the same bits as the portable variant's index-by-index walk.
+template <class Recurrence>
+ZAL_INLINE void ApplyByRecurrence(const float* src, float* dst, std::ptrdiff_t n,
+                                  const Recurrence& recurrence) {
+  constexpr std::ptrdiff_t kLanes = VF32::kLanes;
+  constexpr std::ptrdiff_t kHalfLanes = VF64::kLanes;
+  constexpr int kChains = 8;
+  constexpr std::ptrdiff_t kSpan = kChains * kHalfLanes;
+  static_assert(kBlock % kSpan == 0);
+  const VF64 lanes = Load(kLaneIndices);
+  const auto apply = [&](std::ptrdiff_t at, VF32 w) {
+    const std::ptrdiff_t back = n - at - kLanes;
+    const VF32 front_values = Load(src + at);
+    const VF32 back_values = Load(src + back);
+    Store(dst + at, DefaultNaN(front_values * w));
+    Store(dst + back, DefaultNaN(back_values * Reverse(w)));
+  };
+  const auto weights_of = [&](VF64 low, VF64 high) {
+    return Narrow(recurrence.Weight(low), recurrence.Weight(high));
+  };
+  // Blocks whose front and back do not meet; the next one, where the window has a middle, holds
+  // the middle's weights.
+  const std::ptrdiff_t full = n / (2 * kBlock);
+  const std::ptrdiff_t blocks = n > 2 * kBlock * full ? full + 1 : full;
+  alignas(64) float middle[kBlock];
+  for (std::ptrdiff_t first = 0; first < blocks; first += kAnchorEvery) {
+    const std::ptrdiff_t last = (first + kAnchorEvery < blocks ? first + kAnchorEvery : blocks) - 1;
+    for (std::ptrdiff_t offset = 0; offset < kBlock; offset += kSpan) {
+      Chain<VF64> chains[kChains];
+      ZAL_UNROLL_FULLY
+      for (int c = 0; c < kChains; ++c) {
+        const double index = static_cast<double>(first * kBlock + offset + c * kHalfLanes);
+        chains[c] = recurrence.Anchor(lanes + Broadcast(index));
+      }
+      for (std::ptrdiff_t block = first; block <= last; ++block) {
+        if (block > first) {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; ++c) chains[c] = recurrence.Advance(chains[c]);
+        }
+        if (block == full) {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; c += 2) {
+            Store(middle + offset + c * kHalfLanes, weights_of(chains[c].now, chains[c + 1].now));
+          }
+        } else {
+          ZAL_UNROLL_FULLY
+          for (int c = 0; c < kChains; c += 4) {
+            ApplyTwoMirrored(src, dst, n, block * kBlock + offset + c * kHalfLanes,
+                             weights_of(chains[c].now, chains[c + 1].now),
+                             weights_of(chains[c + 2].now, chains[c + 3].now));
+          }
+        }
+      }
+    }
+  }
+  // The middle, under two blocks: its mirrored indices all lie in the block after the full ones.
+  const std::ptrdiff_t i = full * kBlock;
+  std::ptrdiff_t j = i;
+  for (; 2 * (j + kLanes) <= n; j += kLanes) apply(j, Load(middle + (j - i)));
+  for (const std::ptrdiff_t end = n - j; j < end; ++j) {
+    const std::ptrdiff_t mirror = n - 1 - j;
+    dst[j] = DefaultNaN(src[j] * middle[(j < mirror ? j : mirror) - i]);
   }
 }
 

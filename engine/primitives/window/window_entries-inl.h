@@ -1,6 +1,7 @@
 // The window entry points, the same for the level kernels and the portable variant: each includer
-// defines its own ApplySymmetric, which applies a weight formula to the whole vector.
-// Included inside namespace zal::engine::ZAL_LEVEL, after ApplySymmetric.
+// defines its own ApplySymmetric, which applies a weight formula to the whole vector, and
+// ApplyByRecurrence, which walks the float raised-cosine windows' chains.
+// Included inside namespace zal::engine::ZAL_LEVEL, after both.
 
 namespace {
 
@@ -9,7 +10,7 @@ ZAL_INLINE EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alph
   if (const EngStatus status = Check(n, src, dst)) return status;
   if (n < 3) return engStsSizeErr;
   if constexpr (sizeof(T) == 4) {
-    ApplySymmetric(src, dst, n, MakeRaisedCosine<kKind>(n, alpha));
+    ApplyByRecurrence(src, dst, n, MakeRaisedCosineRecurrence<kKind>(n, alpha));
   } else {
     ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
   }

@@ -39,6 +39,11 @@ void ApplySymmetric(const T* src, T* dst, int n, const Weight& weight) {
   }
 }
 
+template <class Recurrence>
+void ApplyByRecurrence(const float* src, float* dst, int n, const Recurrence& recurrence) {
+  ApplySymmetric(src, dst, n, recurrence);
+}
+
 }  // namespace
 
 #include "engine/primitives/window/window_entries-inl.h"

@@ -25,14 +25,12 @@ ZAL_INLINE V Splat(double x) {
 inline constexpr double kPi = 3.141592653589793;
 
 // sin(t) - t = t s P(s), s = t^2: Taylor coefficients of t^21 down to t^3, correctly rounded. On
-// [0, pi/2] the terms left out stay below 2^-59 of the result; the first kSineTermsF32 (through
-// t^13, 2^-30 left out) are plenty for weights rounded to float.
+// [0, pi/2] the terms left out stay below 2^-59 of the result.
 inline constexpr double kSineCoefficients[] = {
     1.9572941063391263e-20, -8.22063524662433e-18,  2.8114572543455206e-15, -7.647163731819816e-13,
     1.6059043836821613e-10, -2.505210838544172e-08, 2.7557319223985893e-06, -0.0001984126984126984,
     0.008333333333333333,   -0.16666666666666666};
 inline constexpr int kSineTerms = 10;
-inline constexpr int kSineTermsF32 = 6;
 // Through t^17 for t up to pi/4: 2^-63 left out.
 inline constexpr int kSineTermsF64 = 8;
 
@@ -51,7 +49,7 @@ ZAL_INLINE V Sine(V t) {
 // 8 s^4 make Hann s^2, Hamming 0.08 + 0.92 s^2 and Blackman s^2 ((1 + 4 alpha) - 4 alpha s^2).
 enum class RaisedCosine { kHann, kHamming, kBlackman };
 
-// Float windows: the sine through t^13 on [0, pi/2], 2^-30 of the weight left out.
+// The float windows' shape: the weight from s^2, the sine's square.
 template <RaisedCosine kKind>
 struct RaisedCosineWeight {
   double step;  // pi / (N - 1)
@@ -59,9 +57,7 @@ struct RaisedCosineWeight {
   double b;     // Blackman: -4 alpha
 
   template <class V>
-  ZAL_INLINE V operator()(V n) const {
-    const V s = Sine<kSineTermsF32>(n * Splat<V>(step));
-    const V s2 = s * s;
+  ZAL_INLINE V FromSquaredSine(V s2) const {
     if constexpr (kKind == RaisedCosine::kHann) {
       return s2;
     } else if constexpr (kKind == RaisedCosine::kHamming) {
@@ -77,8 +73,96 @@ RaisedCosineWeight<kKind> MakeRaisedCosine(int n, double alpha) {
   return {kPi / (n - 1), 1 + 4 * alpha, -4 * alpha};
 }
 
-// The error of the rounded product p = a b, exactly, by Dekker's splitting: plain operations, so
-// the same bits with or without fused multiply-add.
+// Float windows by recurrence. Each index m has its own chain: m, m + kBlock, m + 2 kBlock, ...,
+// anchored from the polynomial at the first two blocks of every kAnchorEvery, then carried on by
+// the three-term recurrence of sin^2 over the block's angle D = kBlock pi / (N - 1):
+//   w(t + D) = (2 - 2g) w(t) - (w(t - D) - g),   g = 2 sin^2(D).
+// A rounding error passed on k steps grows at most k-fold, and every earlier weight of a chain is
+// smaller than the later ones, so the error stays within 2 k^2 roundings of the weight itself:
+// 2^-42 relative, far below float's. The chains do not depend on the register width, so every
+// level gives the same bits.
+inline constexpr int kBlock = 64;
+inline constexpr int kAnchorEvery = 32;
+// Through t^17 on [0, pi/2], 2^-44 left out: an anchor's error is carried on up to kAnchorEvery
+// times.
+inline constexpr int kSineTermsAnchor = 8;
+
+// A chain's value at its current index and at the one kBlock further on.
+template <class V>
+struct Chain {
+  V now;
+  V next;
+};
+
+// Hann and Hamming are affine in sin^2, so their weights follow the same recurrence with the
+// constant g (2a + b) for a + b sin^2 and the chains carry the weights themselves; Blackman's
+// chains carry sin^2.
+template <RaisedCosine kKind>
+struct RaisedCosineRecurrence {
+  static constexpr bool kChainsCarryWeights = kKind != RaisedCosine::kBlackman;
+
+  RaisedCosineWeight<kKind> shape;
+  double offset;        // g (2a + b), a + b sin^2 the chains' values
+  double twice_cosine;  // 2 - 2g = 2 cos(2D)
+  double half_last;     // (N - 1) / 2
+
+  // Indices past the centre (lanes of a short window's only block, whose values no chain
+  // reaches) start from the centre's, so that every value stays in the polynomial's range.
+  template <class V>
+  ZAL_INLINE V Start(V m) const {
+    const V centre = Splat<V>(half_last);
+    const V t = Select(LessEqual(m, centre), m, centre) * Splat<V>(shape.step);
+    const V s = Sine<kSineTermsAnchor>(t);
+    if constexpr (kChainsCarryWeights) {
+      return shape.FromSquaredSine(s * s);
+    } else {
+      return s * s;
+    }
+  }
+
+  template <class V>
+  ZAL_INLINE Chain<V> Anchor(V m) const {
+    return {Start(m), Start(m + Splat<V>(kBlock))};
+  }
+
+  template <class V>
+  ZAL_INLINE Chain<V> Advance(const Chain<V>& chain) const {
+    return {chain.next, Splat<V>(twice_cosine) * chain.next - (chain.now - Splat<V>(offset))};
+  }
+
+  template <class V>
+  ZAL_INLINE V Weight(V value) const {
+    if constexpr (kChainsCarryWeights) {
+      return value;
+    } else {
+      return shape.FromSquaredSine(value);
+    }
+  }
+
+  // One index's weight, as the kernels reach it: the portable variant's way.
+  ZAL_INLINE double operator()(double m) const {
+    const auto index = static_cast<long long>(m);
+    const long long steps = index / kBlock % kAnchorEvery;
+    Chain<double> chain = Anchor(static_cast<double>(index - steps * kBlock));
+    for (long long k = 0; k < steps; ++k) chain = Advance(chain);
+    return Weight(chain.now);
+  }
+};
+
+template <RaisedCosine kKind>
+RaisedCosineRecurrence<kKind> MakeRaisedCosineRecurrence(int n, double alpha) {
+  const RaisedCosineWeight<kKind> shape = MakeRaisedCosine<kKind>(n, alpha);
+  const double sine = std::sin(kBlock * shape.step);
+  const double gain = 2 * sine * sine;
+  // Hamming: a = 0.08, b = 0.92.
+  const double offset = kKind == RaisedCosine::kHamming ? gain * 1.08 : gain;
+  return {shape, offset, 2 - 2 * gain, (n - 1) * 0.5};
+}
+
+// The error of the rounded product p = a b, exactly: by Dekker's splitting in plain operations
+// (the portable variant, and the levels without fused multiply-add through the vector layer's
+// ProductError), by one fused multiply-add where the level has it. An exact value is the same
+// value either way, so every level keeps the portable variant's bits.
 template <class V>
 ZAL_INLINE V HighHalf(V x) {
   const V t = Splat<V>(134217729.0) * x;
@@ -86,11 +170,15 @@ ZAL_INLINE V HighHalf(V x) {
 }
 template <class V>
 ZAL_INLINE V ProductRemainder(V a, V b, V p) {
-  const V a_high = HighHalf(a);
-  const V a_low = a - a_high;
-  const V b_high = HighHalf(b);
-  const V b_low = b - b_high;
-  return ((a_high * b_high - p) + a_high * b_low + a_low * b_high) + a_low * b_low;
+  if constexpr (!std::is_same_v<V, double>) {
+    return ProductError(a, b, p);
+  } else {
+    const V a_high = HighHalf(a);
+    const V a_low = a - a_high;
+    const V b_high = HighHalf(b);
+    const V b_low = b - b_high;
+    return ((a_high * b_high - p) + a_high * b_low + a_low * b_high) + a_low * b_low;
+  }
 }
 
 // (x + x_low) (a + a_low + (b + b_low) (s + s_low)), of double-double operands, rounded once but
@@ -259,13 +347,22 @@ inline constexpr double kBesselSeries[] = {1.0,
                                            2.544052991860921e-175};
 inline constexpr int kBesselTermsMax = static_cast<int>(sizeof kBesselSeries / sizeof(double));
 
-// I0 of the argument whose square over 4 is y, by Horner's rule over the first `terms` terms:
-// enough for weights rounded to float.
+// I0 of the argument whose square over 4 is y, over the first `terms` terms (one more where that
+// makes them even): enough for weights rounded to float. The even and the odd terms by Horner's
+// rule in y^2, two independent chains of half the length, so that the wait for each product
+// halves; every term is positive, so the split costs no accuracy.
+static_assert(kBesselTermsMax % 2 == 0);
 template <class V>
 ZAL_INLINE V BesselI0OfQuarterSquare(V y, int terms) {
-  V p = Splat<V>(kBesselSeries[terms - 1]);
-  for (int k = terms - 2; k >= 0; --k) p = p * y + Splat<V>(kBesselSeries[k]);
-  return p;
+  const V y2 = y * y;
+  const int pairs = (terms + 1) / 2;
+  V even = Splat<V>(kBesselSeries[2 * pairs - 2]);
+  V odd = Splat<V>(kBesselSeries[2 * pairs - 1]);
+  for (int j = pairs - 2; j >= 0; --j) {
+    even = even * y2 + Splat<V>(kBesselSeries[2 * j]);
+    odd = odd * y2 + Splat<V>(kBesselSeries[2 * j + 1]);
+  }
+  return even + y * odd;
 }
 
 // The same to double precision, for y = y_high + y_low: Horner's rule with each step's rounding

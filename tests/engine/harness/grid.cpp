@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 #include "engine/core/fp_support.h"
 #include "engine/core/streaming.h"
@@ -51,7 +52,11 @@ const char* AliasingName(Aliasing aliasing) {
 class GridBuilder {
  public:
   GridBuilder(const GridShape& shape, const char* row_name)
-      : shape_(shape), steps_(64 / shape.element_bytes), row_seed_(Fnv1a(row_name)) {}
+      : shape_(shape),
+        steps_(64 / shape.element_bytes),
+        row_seed_(Fnv1a(row_name)),
+        fill_(std::string_view(row_name).starts_with("Set") ||
+              std::string_view(row_name).starts_with("Zero")) {}
 
   std::vector<Case> Build() && {
     EveryShortLength();
@@ -64,6 +69,7 @@ class GridBuilder {
     }
     LongLengths();
     StreamingLengths();
+    if (fill_) FillStreamingLengths();
     return std::move(cases_);
   }
 
@@ -161,9 +167,21 @@ class GridBuilder {
     }
   }
 
+  // Fills stream from a threshold of their own; below it, from 256 KiB on, they take the string
+  // store: both sides of the threshold, and the string store's tail after its quadwords.
+  void FillStreamingLengths() {
+    const std::int64_t threshold = engine::FillStreamingThresholdBytes();
+    const int at = static_cast<int>((threshold + shape_.element_bytes - 1) / shape_.element_bytes);
+    const int smallest = static_cast<int>(engine::kStreamingStoreMinBytes / shape_.element_bytes);
+    Add(at - 1, Bytes(1), 0, 0, Aliasing::kNone, ValueProfile::kSpecial, 0, 1);
+    Add(at + 3, Bytes(steps_ - 1), 0, 0, Aliasing::kNone, ValueProfile::kWideRange, 0, 2);
+    Add(smallest + 7, Bytes(3), 0, 0, Aliasing::kNone, ValueProfile::kModerate, 0, 3);
+  }
+
   GridShape shape_;
   int steps_;
   std::uint64_t row_seed_;
+  bool fill_;
   std::vector<Case> cases_;
 };
 

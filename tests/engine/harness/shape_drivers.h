@@ -185,6 +185,17 @@ using engine::FFTGetSize;
 using engine::FFTInit;
 using engine::FFTSplitTransform;
 using engine::FFTTransform;
+// The recursive filters keep a state: tests/api/iir_api_test.cpp runs them at every level.
+using engine::IIRFilter;
+using engine::IIRGetDlyLine;
+using engine::IIRGetSize;
+using engine::IIRInit;
+using engine::IIRSetDlyLine;
+// Convolution and resampling keep state across calls or are not elementwise:
+// tests/api/convolution_api_test.cpp and tests/engine/convolution_test.cpp cover them.
+using engine::Convolution;
+using engine::ConvolutionSizeQuery;
+using engine::Resampling;
 
 // ---- Reductions, thresholds and complex-domain helpers
 // --------------------------------------------
@@ -552,6 +563,22 @@ using DeinterleaveF32 = DeinterleaveConversionDriver<float>;
 using InterleaveS16 = InterleaveConversionDriver<short>;
 using InterleaveS24 = InterleaveConversionDriver<engine::Int24>;
 using InterleaveS32 = InterleaveConversionDriver<int>;
+
+// ---- Multirate FIR filter
+// Not elementwise: tests/engine/multirate_test.cpp covers it at every level.
+using engine::MRFFilter;
+using engine::MRFGetSize;
+using engine::MRFInit;
+// ---- Single-rate FIR filter and lowpass design
+// Not elementwise: tests/engine/fir_test.cpp runs them at every level.
+using engine::FIRFilter;
+using engine::FIRGetSize;
+using engine::FIRInit;
+using engine::LowpassBufferSize;
+using engine::LowpassDesign;
+// ---- Matrix product
+// Not elementwise: tests/api/matrix_api_test.cpp holds it to a long double product at every level.
+using engine::MatrixProduct;
 
 }  // namespace drivers
 }  // namespace zal::test::harness

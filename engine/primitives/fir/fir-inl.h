@@ -1,0 +1,336 @@
+// The direct-form FIR kernels, written once against the vector layer. With the history and the
+// input contiguous in b, y[p] = sum over m of g[m] b[p + m], g the reversed taps.
+//
+// A register of L outputs starting at p is a sum over j of broadcast(b[p + j]) times table row j,
+// whose lane i holds g[j - i]: every load of the taps is aligned, every input load a broadcast,
+// and each table row feeds several output registers (the register block). Rows whose lanes run
+// past the taps (j < L - 1 or j >= taps) hold zeros there; 0 times a finite input leaves an
+// accumulator as it is, and a line with an infinite or NaN input masks those broadcasts, so that
+// a zero tap never meets it. Blocks of up to four samples read the delay line and src directly.
+//
+// Each output is four chains, m = 0, 1, 2, 3 mod 4, each summed in increasing m, then combined as
+// (c0 + c2) + (c1 + c3). Lane i's accumulator k holds chain (k - i) mod 4, and that combination
+// is the same for every rotation of the chains, so an output's bits do not depend on its lane,
+// hence not on where a block starts: any split of a stream gives the bits of one long call. The
+// one-output path sums in the same order.
+// Included once per level translation unit, inside which ZAL_LEVEL names the level.
+
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+#include "engine/core/primitive_declarations.h"
+#include "engine/primitives/fir/fir_spec.h"
+#include "engine/simd/vec-inl.h"
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+constexpr int kLanes = VF32::kLanes;
+// Output registers per pass: each keeps four accumulators, within the register file (32
+// registers at avx512, 16 below).
+constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 6 : 2;
+
+// Table rows: taps + lanes - 1, rounded up to a multiple of 4.
+constexpr std::ptrdiff_t RowCount(std::ptrdiff_t taps) {
+  return (taps + kLanes - 1 + 3) / 4 * 4;
+}
+
+struct Tables {
+  const float* reversed;
+  const float* table;
+  const float* front_mask;
+  const float* back_mask;
+  std::ptrdiff_t taps;
+};
+
+// a * b + c, rounded as the level's MulAdd rounds it.
+ZAL_INLINE float ScalarMulAdd(float a, float b, float c) {
+#if ZAL_LEVEL_INDEX >= 4
+  return _mm_cvtss_f32(_mm_fmadd_ss(_mm_set_ss(a), _mm_set_ss(b), _mm_set_ss(c)));
+#else
+  return a * b + c;
+#endif
+}
+
+// One output, the four chains summed as a register's lanes sum them.
+ZAL_INLINE float OneOutput(const Tables& t, const float* b) {
+  const float* g = t.reversed;
+  float c[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+  std::ptrdiff_t m = 0;
+  for (; m + 4 <= t.taps; m += 4) {
+    c[0] = ScalarMulAdd(g[m], b[m], c[0]);
+    c[1] = ScalarMulAdd(g[m + 1], b[m + 1], c[1]);
+    c[2] = ScalarMulAdd(g[m + 2], b[m + 2], c[2]);
+    c[3] = ScalarMulAdd(g[m + 3], b[m + 3], c[3]);
+  }
+  for (int k = 0; m < t.taps; ++m, ++k) c[k] = ScalarMulAdd(g[m], b[m], c[k]);
+  return (c[0] + c[2]) + (c[1] + c[3]);
+}
+
+// Row j of the table into the four accumulators k = j mod 4 of R output registers.
+template <int R, int k, bool kMasked, std::size_t... r>
+ZAL_INLINE void Row(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptrdiff_t j,
+                    std::index_sequence<r...>) {
+  const VF32 row = Load(t.table + j * kLanes);
+  if constexpr (kMasked) {
+    const std::ptrdiff_t front = j < kLanes - 1 ? j : kLanes - 1;
+    const std::ptrdiff_t past = j - t.taps + 1;
+    const std::ptrdiff_t back = past < 0 ? 0 : (past > kLanes ? kLanes : past);
+    const VF32 mask = And(Load(t.front_mask + front * kLanes), Load(t.back_mask + back * kLanes));
+    ((acc[r][k] = MulAdd(And(Broadcast(b[j + r * kLanes]), mask), row, acc[r][k])), ...);
+  } else {
+    ((acc[r][k] = MulAdd(Broadcast(b[j + r * kLanes]), row, acc[r][k])), ...);
+  }
+}
+
+// Rows [j, end), j a multiple of 4.
+template <int R, bool kMasked>
+ZAL_INLINE void Rows(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptrdiff_t j,
+                     std::ptrdiff_t end) {
+  constexpr auto kRegisters = std::make_index_sequence<R>{};
+  for (; j + 4 <= end; j += 4) {
+    Row<R, 0, kMasked>(acc, t, b, j, kRegisters);
+    Row<R, 1, kMasked>(acc, t, b, j + 1, kRegisters);
+    Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
+    Row<R, 3, kMasked>(acc, t, b, j + 3, kRegisters);
+  }
+  if (j < end) Row<R, 0, kMasked>(acc, t, b, j, kRegisters);
+  if (j + 1 < end) Row<R, 1, kMasked>(acc, t, b, j + 1, kRegisters);
+  if (j + 2 < end) Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
+}
+
+// R registers of outputs starting at b. Unmasked, the lanes outside the taps add 0 times a
+// finite input, +-0, which leaves every accumulator as it is: the same bits as masked.
+template <int R, bool kMasked>
+ZAL_INLINE void Outputs(const Tables& t, const float* b, float* out) {
+  VF32 acc[R][4];
+  for (auto& chains : acc) {
+    for (auto& chain : chains) chain = Broadcast(0.0f);
+  }
+  // The rows run on to a multiple of 4 (zero rows past taps + lanes - 1), so that each region
+  // is whole groups of four and the accumulators stay in registers.
+  const std::ptrdiff_t end = RowCount(t.taps);
+  if constexpr (kMasked) {
+    // Unmasked rows: every lane's tap index in range; both bounds on multiples of 4.
+    std::ptrdiff_t plain_begin = (kLanes - 1 + 3) / 4 * 4;
+    if (plain_begin > end) plain_begin = end;
+    std::ptrdiff_t plain_end = t.taps / 4 * 4;
+    if (plain_end < plain_begin) plain_end = plain_begin;
+    Rows<R, true>(acc, t, b, 0, plain_begin);
+    Rows<R, false>(acc, t, b, plain_begin, plain_end);
+    Rows<R, true>(acc, t, b, plain_end, end);
+  } else {
+    Rows<R, false>(acc, t, b, 0, end);
+  }
+  for (int r = 0; r < R; ++r) {
+    Store(out + r * kLanes, (acc[r][0] + acc[r][2]) + (acc[r][1] + acc[r][3]));
+  }
+}
+
+// Whether b[0, n) holds only finite values: x - x is 0 for them and NaN for the others.
+ZAL_INLINE bool AllFinite(const float* b, std::ptrdiff_t n) {
+  VF32 sum = Broadcast(0.0f);
+  std::ptrdiff_t i = 0;
+  for (; i + kLanes <= n; i += kLanes) {
+    const VF32 x = Load(b + i);
+    sum = sum + (x - x);
+  }
+  if (i < n) {
+    const VF32 x = LoadN(b + i, static_cast<int>(n - i));
+    sum = sum + (x - x);
+  }
+  return !AnyLane(Unordered(sum, sum));
+}
+
+// out[p] = sum over m of g[m] b[p + m] for p < count; reads b[0, count + taps - 1) and up to
+// kFIRLineSlack zeros after it.
+template <bool kMasked>
+void FilterRangeAs(const Tables& t, const float* b, float* out, std::ptrdiff_t count) {
+  std::ptrdiff_t p = 0;
+  for (; p + kBlock * kLanes <= count; p += kBlock * kLanes) {
+    Outputs<kBlock, kMasked>(t, b + p, out + p);
+  }
+  for (; p + kLanes <= count; p += kLanes) Outputs<1, kMasked>(t, b + p, out + p);
+  for (; p < count; ++p) out[p] = OneOutput(t, b + p);
+}
+
+// Masks cost loads and operations on a tenth to a half of the rows: only a line with an infinite
+// or NaN input needs them.
+void FilterRange(const Tables& t, const float* b, float* out, std::ptrdiff_t count) {
+  if (AllFinite(b, count + t.taps - 1)) {
+    FilterRangeAs<false>(t, b, out, count);
+  } else {
+    FilterRangeAs<true>(t, b, out, count);
+  }
+}
+
+// Blocks this short go without the line: each output from the delay line and src directly.
+constexpr int kShortBlock = 4;
+
+// Chains c[k] += g[m] x[m - shift] for m in [begin, end), k = m mod 4, four at a time where m
+// allows.
+ZAL_INLINE void AddTerms(float (&c)[4], const float* g, const float* src, std::ptrdiff_t shift,
+                         std::ptrdiff_t begin, std::ptrdiff_t end) {
+  const auto x = [src, shift](std::ptrdiff_t m) { return src[m - shift]; };
+  std::ptrdiff_t m = begin;
+  for (; m < end && m % 4 != 0; ++m) {
+    const int k = static_cast<int>(m % 4);
+    if (k == 1) c[1] = ScalarMulAdd(g[m], x(m), c[1]);
+    if (k == 2) c[2] = ScalarMulAdd(g[m], x(m), c[2]);
+    if (k == 3) c[3] = ScalarMulAdd(g[m], x(m), c[3]);
+  }
+  for (; m + 4 <= end; m += 4) {
+    c[0] = ScalarMulAdd(g[m], x(m), c[0]);
+    c[1] = ScalarMulAdd(g[m + 1], x(m + 1), c[1]);
+    c[2] = ScalarMulAdd(g[m + 2], x(m + 2), c[2]);
+    c[3] = ScalarMulAdd(g[m + 3], x(m + 3), c[3]);
+  }
+  if (m < end) c[0] = ScalarMulAdd(g[m], x(m), c[0]);
+  if (m + 1 < end) c[1] = ScalarMulAdd(g[m + 1], x(m + 1), c[1]);
+  if (m + 2 < end) c[2] = ScalarMulAdd(g[m + 2], x(m + 2), c[2]);
+}
+
+// Output p of a short block: b[m] is dly[p + m] below taps - 1 - p, src[p + m - (taps - 1)] on.
+// Silence before the block is a line of zeros: 0 times a tap, as the line would give.
+ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src,
+                             std::ptrdiff_t p) {
+  const std::ptrdiff_t split = t.taps - 1 - p > 0 ? t.taps - 1 - p : 0;
+  float c[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+  if (dly) {
+    AddTerms(c, t.reversed, dly, -p, 0, split);
+  } else {
+    for (std::ptrdiff_t m = 0; m < split; ++m) {
+      c[m % 4] = ScalarMulAdd(t.reversed[m], 0.0f, c[m % 4]);
+    }
+  }
+  AddTerms(c, t.reversed, src, t.taps - 1 - p, split, t.taps);
+  return (c[0] + c[2]) + (c[1] + c[3]);
+}
+
+// A block of at most kShortBlock samples. The inputs are read before anything is written, so
+// src may be dst.
+void FilterShort(const Tables& t, const float* src, float* dst, int n, const float* dly_src,
+                 float* dly_dst) {
+  float in[kShortBlock];
+  float out[kShortBlock];
+  for (int p = 0; p < n; ++p) in[p] = src[p];
+  for (int p = 0; p < n; ++p) out[p] = ShortOutput(t, dly_src, in, p);
+  if (dly_dst) {
+    const std::ptrdiff_t history = t.taps - 1;
+    const std::ptrdiff_t kept = history > n ? history - n : 0;
+    if (dly_src) {
+      std::memmove(dly_dst, dly_src + (history - kept), static_cast<std::size_t>(kept) * 4);
+    } else {
+      std::memset(dly_dst, 0, static_cast<std::size_t>(kept) * 4);
+    }
+    for (std::ptrdiff_t j = kept; j < history; ++j) dly_dst[j] = in[n - (history - j)];
+  }
+  for (int p = 0; p < n; ++p) dst[p] = out[p];
+}
+
+// A block through the line. Kept out of FIRF32, so that a short block does not pay for this
+// frame.
+ZAL_NOINLINE void FilterLong(const Tables& t, const float* src, float* dst, int n,
+                             const float* dly_src, float* dly_dst, unsigned char* work) {
+  const std::size_t history = static_cast<std::size_t>(t.taps - 1);
+  auto* line = reinterpret_cast<float*>(work);
+  if (dly_src) {
+    std::memmove(line, dly_src, history * sizeof(float));
+  } else {
+    std::memset(line, 0, history * sizeof(float));
+  }
+  // Each chunk is copied behind the history before any output is written, so src may be dst.
+  for (std::ptrdiff_t done = 0; done < n;) {
+    const std::ptrdiff_t chunk = n - done < kFIRChunk ? n - done : kFIRChunk;
+    std::memcpy(line + history, src + done, static_cast<std::size_t>(chunk) * sizeof(float));
+    std::memset(line + history + chunk, 0, kFIRLineSlack * sizeof(float));
+    FilterRange(t, line, dst + done, chunk);
+    std::memmove(line, line + chunk, history * sizeof(float));
+    done += chunk;
+  }
+  if (dly_dst) std::memmove(dly_dst, line, history * sizeof(float));
+}
+
+Tables TablesOf(const unsigned char* spec) {
+  FIRSpecHeader header;
+  std::memcpy(&header, spec, sizeof header);
+  const auto* floats = reinterpret_cast<const float*>(spec);
+  return {floats + header.reversed, floats + header.table, floats + header.front_mask,
+          floats + header.back_mask, header.taps_len};
+}
+
+}  // namespace
+
+EngStatus FIRGetSizeF32(int taps_len, int data_type, int* spec_size, int* work_size) {
+  if (!spec_size || !work_size) return engStsNullPtrErr;
+  if (data_type != kFIRDataTypeF32) return engStsDataTypeErr;
+  return FIRSizes(taps_len, spec_size, work_size);
+}
+
+EngStatus FIRInitF32(const float* taps, int taps_len, int algorithm, unsigned char* spec) {
+  if (!taps || !spec) return engStsNullPtrErr;
+  if (taps_len <= 0) return engStsSizeErr;
+  if (algorithm != kFIRAlgorithmDirect) return engStsNotSupportedModeErr;
+  const std::ptrdiff_t n = taps_len;
+  const std::ptrdiff_t rows = RowCount(n);
+  FIRSpecHeader header{};
+  header.lanes = kLanes;
+  header.taps_len = taps_len;
+  header.front_mask = kFIRHeaderFloats;
+  header.back_mask = header.front_mask + kLanes * kLanes;
+  const std::ptrdiff_t reversed = header.back_mask + (kLanes + 1) * kLanes;
+  const std::ptrdiff_t table = reversed + (n + kFIRMaxLanes - 1) / kFIRMaxLanes * kFIRMaxLanes;
+  header.reversed = static_cast<std::int32_t>(reversed);
+  header.table = static_cast<std::int32_t>(table);
+  std::memcpy(spec, &header, sizeof header);
+  auto* floats = reinterpret_cast<float*>(spec);
+  float* front = floats + header.front_mask;
+  float* back = floats + header.back_mask;
+  float all_ones;
+  const std::uint32_t ones = 0xFFFFFFFFu;
+  std::memcpy(&all_ones, &ones, sizeof all_ones);
+  for (int k = 0; k < kLanes; ++k) {
+    for (int i = 0; i < kLanes; ++i) front[k * kLanes + i] = i <= k ? all_ones : 0.0f;
+  }
+  for (int k = 0; k <= kLanes; ++k) {
+    for (int i = 0; i < kLanes; ++i) back[k * kLanes + i] = i >= k ? all_ones : 0.0f;
+  }
+  float* g = floats + reversed;
+  for (std::ptrdiff_t m = 0; m < n; ++m) g[m] = taps[n - 1 - m];
+  float* rows_out = floats + table;
+  for (std::ptrdiff_t j = 0; j < rows; ++j) {
+    for (std::ptrdiff_t i = 0; i < kLanes; ++i) {
+      const std::ptrdiff_t m = j - i;
+      rows_out[j * kLanes + i] = m >= 0 && m < n ? g[m] : 0.0f;
+    }
+  }
+  return engStsNoErr;
+}
+
+EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
+                 const float* dly_src, float* dly_dst, unsigned char* work) {
+  if (!src || !dst || !spec || !work) return engStsNullPtrErr;
+  if (n <= 0) return engStsSizeErr;
+  FIRSpecHeader header;
+  std::memcpy(&header, spec, sizeof header);
+  if (header.lanes != kLanes) return engStsContextMatchErr;
+  const Tables t = TablesOf(spec);
+  if (n <= kShortBlock) {
+    FilterShort(t, src, dst, n, dly_src, dly_dst);
+    return engStsNoErr;
+  }
+  FilterLong(t, src, dst, n, dly_src, dly_dst, work);
+  return engStsNoErr;
+}
+
+EngStatus FIRGenLowpassGetBufferSize(int taps_len, int* buffer_size) {
+  return LowpassBufferBytes(taps_len, buffer_size);
+}
+
+EngStatus FIRGenLowpassF64(double rfreq, double* taps, int taps_len, int window, int normalize,
+                           unsigned char* buffer) {
+  return DesignLowpass(rfreq, taps, taps_len, window, normalize, buffer);
+}
+
+}  // namespace zal::engine::ZAL_LEVEL

@@ -1,0 +1,212 @@
+// The recursive filter's run, written once for a vector type V of T: the levels' registers, or a
+// one-lane stand-in in the portable variant. The caller's namespace provides Load, Store,
+// Broadcast, MulAdd, operator+, operator* and HasNonFinite for V. Included inside a level
+// namespace's anonymous namespace, after iir_spec.h.
+
+template <class T>
+struct IIRSystem {
+  T* data;
+  IIRSystemLayout at;
+  int padded;
+
+  const T* Response(int k) const { return data + at.response + k * kIIRBlock; }
+  const T* FromState(int j) const { return data + at.from_state + j * kIIRBlock; }
+  const T* Transition(int j) const { return data + at.transition + j * padded; }
+  const T* FromInput(int k) const { return data + at.from_input + k * padded; }
+  const T* TransitionLow(int j) const { return data + at.transition_low + j * padded; }
+  const T* FromInputLow(int k) const { return data + at.from_input_low + k * padded; }
+  const T* InputRow(int i) const { return data + at.input_rows + i * kIIRBlock; }
+  const T* InputRowLow(int i) const { return data + at.input_rows_low + i * kIIRBlock; }
+  T* State() const { return data + at.state; }
+  T* Pending() const { return data + at.pending; }
+};
+
+template <class T>
+IIRSystem<T> SystemOf(IIRSpec* spec, int i) {
+  T* first = reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(spec) + spec->data_offset);
+  return {first + static_cast<std::ptrdiff_t>(i) * spec->system_stride, IIRLayout(spec->states),
+          spec->padded_states};
+}
+
+// sum over k < count of column(k) * x[k], in four chains (k mod 4) joined pairwise: a block's
+// products would otherwise wait on each other. Whatever `count`, each term lands in the same chain
+// in the same order, so a lane whose later columns are exact zeros gets the same bits.
+template <class V, class T, class Column>
+ZAL_INLINE V SumOfColumns(const Column& column, const T* x, int count) {
+  const V zero = Broadcast(T(0));
+  V s0 = zero, s1 = zero, s2 = zero, s3 = zero;
+  int k = 0;
+  for (; k + 4 <= count; k += 4) {
+    s0 = MulAdd(Load(column(k)), Broadcast(x[k]), s0);
+    s1 = MulAdd(Load(column(k + 1)), Broadcast(x[k + 1]), s1);
+    s2 = MulAdd(Load(column(k + 2)), Broadcast(x[k + 2]), s2);
+    s3 = MulAdd(Load(column(k + 3)), Broadcast(x[k + 3]), s3);
+  }
+  if (k < count) s0 = MulAdd(Load(column(k)), Broadcast(x[k]), s0);
+  if (k + 1 < count) s1 = MulAdd(Load(column(k + 1)), Broadcast(x[k + 1]), s1);
+  if (k + 2 < count) s2 = MulAdd(Load(column(k + 2)), Broadcast(x[k + 2]), s2);
+  return (s0 + s1) + (s2 + s3);
+}
+
+// The state after the block x[0 .. kIIRBlock): the inputs' part first, off the recursion's path,
+// then the old state's. The state recirculates every block, so its matrices' rounding would
+// move the filter's poles: they enter as high and low parts, the small low products summed
+// apart and added last.
+template <class V, class T, class Count>
+ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, Count n, const T* x, T* next) {
+  constexpr int kLanes = V::kLanes;
+  for (int w = 0; w < n; w += kLanes) {
+    V sum = SumOfColumns<V>([&](int k) { return system.FromInput(k) + w; }, x, kIIRBlock);
+    V low = SumOfColumns<V>([&](int k) { return system.FromInputLow(k) + w; }, x, kIIRBlock);
+    for (int j = 0; j < n; ++j) {
+      const V state = Broadcast(system.State()[j]);
+      sum = MulAdd(Load(system.Transition(j) + w), state, sum);
+      low = MulAdd(Load(system.TransitionLow(j) + w), state, low);
+    }
+    Store(next + w, sum + low);
+  }
+}
+
+// The same for a second-order section, whose two states would fill a fraction of a register: each
+// state's inputs' part as one dot product of a row with the block, the state's part in scalars.
+template <class V, class T>
+ZAL_INLINE void AdvanceState(const IIRSystem<T>& system, std::integral_constant<int, 2>, const T* x,
+                             T* next) {
+  constexpr int kLanes = V::kLanes;
+  const T* state = system.State();
+  for (int i = 0; i < 2; ++i) {
+    V sum = Broadcast(T(0));
+    for (int v = 0; v < kIIRBlock; v += kLanes) {
+      const V input = Load(x + v);
+      sum = MulAdd(Load(system.InputRow(i) + v), input,
+                   MulAdd(Load(system.InputRowLow(i) + v), input, sum));
+    }
+    T total = FoldHalves(sum);
+    for (int j = 0; j < 2; ++j) {
+      total = total + (system.Transition(j)[i] * state[j] + system.TransitionLow(j)[i] * state[j]);
+    }
+    next[i] = total;
+  }
+}
+
+// Outputs vector v of the block: inputs k < `inputs` (each output sees those up to its own
+// index), then the block-start state. An output's lane gets the same operations in the same order
+// whether the later inputs are there or not: their response at an earlier output is an exact 0.
+template <class V, class T, class Count>
+ZAL_INLINE V OutputsAt(const IIRSystem<T>& system, Count n, const T* x, int v, int inputs) {
+  const int lane = v * V::kLanes;
+  V sum = SumOfColumns<V>([&](int k) { return system.Response(k) + lane; }, x, inputs);
+  for (int j = 0; j < n; ++j) {
+    sum = MulAdd(Load(system.FromState(j) + lane), Broadcast(system.State()[j]), sum);
+  }
+  return sum;
+}
+
+// Output `at` of the block whose inputs x[0 .. at] are known.
+template <class V, class T, class Count>
+ZAL_INLINE T OutputOf(const IIRSystem<T>& system, Count n, const T* x, int at) {
+  constexpr int kLanes = V::kLanes;
+  T lanes[kLanes];
+  Store(lanes, OutputsAt<V>(system, n, x, at / kLanes, at + 1));
+  return lanes[at % kLanes];
+}
+
+template <class T>
+ZAL_INLINE void CopyState(const IIRSystem<T>& system, const T* next, int n) {
+  for (int j = 0; j < n; ++j) system.State()[j] = next[j];
+}
+
+// A whole block from x to y (which may be x). A non-finite input would turn the exact zeros of
+// the earlier outputs' lanes into NaN, so such a block runs output by output.
+template <class V, class T, class Count>
+ZAL_INLINE void RunBlock(const IIRSystem<T>& system, Count n, const T* x, T* y) {
+  constexpr int kLanes = V::kLanes;
+  constexpr int kVectors = kIIRBlock / kLanes;
+  T next[kIIRMaxOrder + kIIRStatePad];
+  V probe = Load(x) * Broadcast(T(0));
+  for (int v = 1; v < kVectors; ++v) probe = probe + Load(x + v * kLanes) * Broadcast(T(0));
+  AdvanceState<V>(system, n, x, next);
+  if (HasNonFinite(probe)) {
+    T inputs[kIIRBlock];
+    for (int k = 0; k < kIIRBlock; ++k) inputs[k] = x[k];
+    for (int t = 0; t < kIIRBlock; ++t) y[t] = OutputOf<V>(system, n, inputs, t);
+  } else {
+    V out[kVectors];
+    for (int v = 0; v < kVectors; ++v) out[v] = OutputsAt<V>(system, n, x, v, (v + 1) * kLanes);
+    for (int v = 0; v < kVectors; ++v) Store(y + v * kLanes, out[v]);
+  }
+  CopyState(system, next, n);
+}
+
+// One sample through every system at the spec's phase; a completed block advances the states.
+template <class V, class T, class Count>
+ZAL_INLINE T RunSample(IIRSpec* spec, Count n, T x) {
+  const int phase = spec->phase;
+  for (int i = 0; i < spec->systems; ++i) {
+    const IIRSystem<T> system = SystemOf<T>(spec, i);
+    system.Pending()[phase] = x;
+    x = OutputOf<V>(system, n, system.Pending(), phase);
+  }
+  if (phase + 1 < kIIRBlock) {
+    spec->phase = phase + 1;
+    return x;
+  }
+  T next[kIIRMaxOrder + kIIRStatePad];
+  for (int i = 0; i < spec->systems; ++i) {
+    const IIRSystem<T> system = SystemOf<T>(spec, i);
+    AdvanceState<V>(system, n, system.Pending(), next);
+    CopyState(system, next, n);
+  }
+  spec->phase = 0;
+  return x;
+}
+
+// Whole blocks run as a wavefront over a stretch that stays in the first-level cache: at step t,
+// system s filters block t - s, which system s - 1 finished at step t - 1. Each system's state
+// is a chain from block to block; the wavefront puts the chains of all systems side by side
+// instead of one after another.
+constexpr std::ptrdiff_t kIIRStretch = 32 * kIIRBlock;
+
+template <class V, class T, class Count>
+ZAL_INLINE void RunStream(IIRSpec* spec, Count n, const T* src, T* dst, std::ptrdiff_t len) {
+  std::ptrdiff_t i = 0;
+  for (; i < len && spec->phase != 0; ++i) dst[i] = RunSample<V>(spec, n, src[i]);
+  const std::ptrdiff_t whole = i + (len - i) / kIIRBlock * kIIRBlock;
+  const int systems = spec->systems;
+  const IIRSystem<T> first = SystemOf<T>(spec, 0);
+  for (; i < whole; i += kIIRStretch) {
+    const std::ptrdiff_t end = whole - i < kIIRStretch ? whole : i + kIIRStretch;
+    const int blocks = static_cast<int>((end - i) / kIIRBlock);
+    for (int step = 0; step < blocks + systems - 1; ++step) {
+      const int last = step < systems - 1 ? step : systems - 1;
+      for (int s = step < blocks ? 0 : step - blocks + 1; s <= last; ++s) {
+        IIRSystem<T> system = first;
+        system.data += static_cast<std::ptrdiff_t>(s) * spec->system_stride;
+        const std::ptrdiff_t at = i + static_cast<std::ptrdiff_t>(step - s) * kIIRBlock;
+        RunBlock<V>(system, n, (s == 0 ? src : dst) + at, dst + at);
+      }
+    }
+  }
+  i = whole;
+  for (; i < len; ++i) dst[i] = RunSample<V>(spec, n, src[i]);
+}
+
+template <class V, class T>
+EngStatus RunFilter(const T* src, T* dst, int len, IIRSpec* spec, int level) {
+  if (!src || !dst || !spec) return engStsNullPtrErr;
+  if (len <= 0) return engStsSizeErr;
+  if (spec->level != level || spec->element_bytes != static_cast<int>(sizeof(T))) {
+    return engStsContextMatchErr;
+  }
+  // Flush-to-zero for the call only: a decaying recursion would otherwise crawl through
+  // subnormal numbers at many times the cost of normal ones.
+  const unsigned int caller = _mm_getcsr();
+  _mm_setcsr(caller | spec->mxcsr_bits);
+  if (spec->states == 2) {
+    RunStream<V>(spec, std::integral_constant<int, 2>{}, src, dst, len);
+  } else {
+    RunStream<V>(spec, spec->states, src, dst, len);
+  }
+  _mm_setcsr(caller);
+  return engStsNoErr;
+}

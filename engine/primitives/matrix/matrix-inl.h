@@ -1,0 +1,98 @@
+// The matrix product, formed by Eigen's blocked product over views of the caller's arrays.
+// Eigen's templates are compiled here with this level's flags, so each level gets the product
+// kernels its registers allow. Its namespace is renamed into the level's own: every function the
+// compiler keeps out of line is then this level's alone, and the linker can never hand another
+// level's copy to a processor that lacks its instructions.
+// Included once per level translation unit, inside which ZAL_LEVEL names the level.
+
+// GCC 12 warns inside its own AVX-512 intrinsics, whose undefined operands Eigen's shuffles pass
+// through; the diagnostic state where the intrinsics are first read is the one that counts.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+#include <complex>
+#include <cstddef>
+
+#include "engine/core/primitive_declarations.h"
+
+#define EIGEN_DONT_PARALLELIZE
+#define EIGEN_MPL2_ONLY
+#define Eigen zal::engine::ZAL_LEVEL::eigen
+// Eigen's own throw would put the identity of std::bad_alloc, shared by every level, into this
+// object; without it, Eigen asks operator new for an impossible size, which raises the same
+// exception from the runtime.
+#include <Eigen/src/Core/util/Macros.h>
+#undef EIGEN_EXCEPTIONS
+#include <Eigen/Core>
+#undef Eigen
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+template <class T, int kStorage>
+using ConstView = eigen::Map<const eigen::Matrix<T, eigen::Dynamic, eigen::Dynamic, kStorage>>;
+
+template <class T>
+using ColumnsView = eigen::Map<eigen::Matrix<T, eigen::Dynamic, eigen::Dynamic, eigen::ColMajor>>;
+
+// The engine's complex records are std::complex in the caller's memory: Eigen sees them as such.
+template <class T>
+struct EigenScalar {
+  using Type = T;
+};
+template <>
+struct EigenScalar<Complex32> {
+  using Type = std::complex<float>;
+};
+template <>
+struct EigenScalar<Complex64> {
+  using Type = std::complex<double>;
+};
+
+template <class T>
+EngStatus Product(const T* a_in, const T* b_in, T* c_in, int m, int n, int k, int rows) {
+  if (!a_in || !b_in || !c_in) return engStsNullPtrErr;
+  if (m <= 0 || n <= 0 || k < 0) return engStsSizeErr;
+  using S = typename EigenScalar<T>::Type;
+  const S* a = reinterpret_cast<const S*>(a_in);
+  const S* b = reinterpret_cast<const S*>(b_in);
+  ColumnsView<S> c(reinterpret_cast<S*>(c_in), m, n);
+  // Eigen packs large operands into blocks on the heap; when that fails (std::bad_alloc, the
+  // only exception it raises), c may hold a partial product, which the status reports. Catching
+  // every exception keeps the type's identity out of this object, as above.
+  try {
+    if (rows) {
+      c.noalias() = ConstView<S, eigen::RowMajor>(a, m, k) * ConstView<S, eigen::RowMajor>(b, k, n);
+    } else {
+      c.noalias() = ConstView<S, eigen::ColMajor>(a, m, k) * ConstView<S, eigen::ColMajor>(b, k, n);
+    }
+  } catch (...) {
+    return engStsMemAllocErr;
+  }
+  return engStsNoErr;
+}
+
+}  // namespace
+
+EngStatus MatrixProductF32(const float* a, const float* b, float* c, int m, int n, int k,
+                           int rows) {
+  return Product(a, b, c, m, n, k, rows);
+}
+EngStatus MatrixProductF64(const double* a, const double* b, double* c, int m, int n, int k,
+                           int rows) {
+  return Product(a, b, c, m, n, k, rows);
+}
+EngStatus MatrixProductC32(const Complex32* a, const Complex32* b, Complex32* c, int m, int n,
+                           int k, int rows) {
+  return Product(a, b, c, m, n, k, rows);
+}
+EngStatus MatrixProductC64(const Complex64* a, const Complex64* b, Complex64* c, int m, int n,
+                           int k, int rows) {
+  return Product(a, b, c, m, n, k, rows);
+}
+
+}  // namespace zal::engine::ZAL_LEVEL
+
+ZAL_MATRIX_PRIMITIVES(ZAL_CHECK_SHAPE)
