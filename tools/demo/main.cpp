@@ -100,7 +100,7 @@ void PrintTimes(const StageTimes& ours, const StageTimes& plain, std::size_t fra
 void PrintAccuracy(const Filters& filters, const PcmAudio& input, const Outputs& out) {
   const auto reference = ReferencePipeline(filters, input);
   long double worst = 0;
-  std::int64_t worstLsb = 0;
+  long long worstLsb = 0;
   for (std::size_t c = 0; c < reference.size(); ++c) {
     for (std::size_t n = 0; n < reference[c].size(); ++n) {
       const long double exact = reference[c][n];
@@ -110,7 +110,7 @@ void PrintAccuracy(const Filters& filters, const PcmAudio& input, const Outputs&
           static_cast<std::int32_t>(std::uint32_t{p[0]} << 8 | std::uint32_t{p[1]} << 16 |
                                     std::uint32_t{p[2]} << 24) >>
           8;
-      const auto rounded = static_cast<std::int64_t>(
+      const auto rounded = static_cast<long long>(
           std::clamp(std::roundl(exact * 8388608.0L), -8388608.0L, 8388607.0L));
       worstLsb = std::max(worstLsb, std::llabs(rounded - bits));
     }
