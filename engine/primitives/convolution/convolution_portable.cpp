@@ -168,48 +168,7 @@ EngStatus UpSample(const T* src, int len, T* dst, int* dst_len, int factor, int*
 
 }  // namespace
 
-EngStatus ConvolutionGetSize(int len_a, int len_b, int data_type, int method, int* bytes) {
-  if (!bytes) return engStsNullPtrErr;
-  if (len_a <= 0 || len_b <= 0 || static_cast<long long>(len_a) + len_b - 1 > 0x7FFFFFFF) {
-    return engStsSizeErr;
-  }
-  if (data_type != kConvolutionDataF32 && data_type != kConvolutionDataF64) {
-    return engStsDataTypeErr;
-  }
-  if (method < kConvolutionAuto || method > kConvolutionTransform) return engStsAlgTypeErr;
-  const ConvolutionPlan plan = PlanConvolution(len_a, len_b, method);
-  const long long single = WorkBytes<float>(plan);
-  const long long twice = WorkBytes<double>(plan);
-  if (single < 0 || twice < 0) return engStsFftOrderErr;
-  long long needed = data_type == kConvolutionDataF32 ? single : twice;
-  if (data_type == kConvolutionDataF32 && needed < (twice + 1) / 2) needed = (twice + 1) / 2;
-  *bytes = static_cast<int>((needed + 7) / 8 * 8);
-  return engStsNoErr;
-}
-
-EngStatus ConvolveF32(const float* a, int len_a, const float* b, int len_b, float* dst, int method,
-                      unsigned char* work) {
-  return Convolve(a, len_a, b, len_b, dst, method, work);
-}
-EngStatus ConvolveF64(const double* a, int len_a, const double* b, int len_b, double* dst,
-                      int method, unsigned char* work) {
-  return Convolve(a, len_a, b, len_b, dst, method, work);
-}
-EngStatus DownSampleF32(const float* src, int len, float* dst, int* dst_len, int factor,
-                        int* phase) {
-  return DownSample(src, len, dst, dst_len, factor, phase);
-}
-EngStatus DownSampleF64(const double* src, int len, double* dst, int* dst_len, int factor,
-                        int* phase) {
-  return DownSample(src, len, dst, dst_len, factor, phase);
-}
-EngStatus UpSampleF32(const float* src, int len, float* dst, int* dst_len, int factor, int* phase) {
-  return UpSample(src, len, dst, dst_len, factor, phase);
-}
-EngStatus UpSampleF64(const double* src, int len, double* dst, int* dst_len, int factor,
-                      int* phase) {
-  return UpSample(src, len, dst, dst_len, factor, phase);
-}
+#include "engine/primitives/convolution/convolution_entries-inl.h"
 
 }  // namespace zal::engine::portable
 

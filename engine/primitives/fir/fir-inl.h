@@ -262,12 +262,6 @@ Tables TablesOf(const unsigned char* spec) {
 
 }  // namespace
 
-EngStatus FIRGetSizeF32(int taps_len, int data_type, int* spec_size, int* work_size) {
-  if (!spec_size || !work_size) return engStsNullPtrErr;
-  if (data_type != kFIRDataTypeF32) return engStsDataTypeErr;
-  return FIRSizes(taps_len, spec_size, work_size);
-}
-
 EngStatus FIRInitF32(const float* taps, int taps_len, int algorithm, unsigned char* spec) {
   if (!taps || !spec) return engStsNullPtrErr;
   if (taps_len <= 0) return engStsSizeErr;
@@ -324,13 +318,6 @@ EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
   return engStsNoErr;
 }
 
-EngStatus FIRGenLowpassGetBufferSize(int taps_len, int* buffer_size) {
-  return LowpassBufferBytes(taps_len, buffer_size);
-}
-
-EngStatus FIRGenLowpassF64(double rfreq, double* taps, int taps_len, int window, int normalize,
-                           unsigned char* buffer) {
-  return DesignLowpass(rfreq, taps, taps_len, window, normalize, buffer);
-}
+#include "engine/primitives/fir/fir_entries-inl.h"
 
 }  // namespace zal::engine::ZAL_LEVEL
