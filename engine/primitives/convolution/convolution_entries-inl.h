@@ -1,6 +1,34 @@
 // The convolution family's entry points, the same for the level kernels and the portable variant:
-// each includer defines WorkBytes<T>, Convolve, DownSample and UpSample its own way.
+// each includer defines ConvolveDirect, ConvolveTransform, WorkBytes<T>, DownSample and UpSample
+// its own way.
 // Included inside namespace zal::engine::ZAL_LEVEL (or portable), after those.
+
+namespace {
+
+// The checks in their order, the shorter operand first, then the planned method.
+template <class T>
+EngStatus Convolve(const T* a, int len_a, const T* b, int len_b, T* dst, int method,
+                   unsigned char* work) {
+  if (!a || !b || !dst) return engStsNullPtrErr;
+  if (len_a <= 0 || len_b <= 0 || static_cast<long long>(len_a) + len_b - 1 > 0x7FFFFFFF) {
+    return engStsSizeErr;
+  }
+  if (method < kConvolutionAuto || method > kConvolutionTransform) return engStsAlgTypeErr;
+  const bool a_shorter = len_a <= len_b;
+  const T* s = a_shorter ? a : b;
+  const T* l = a_shorter ? b : a;
+  const int m = a_shorter ? len_a : len_b;
+  const int len_l = a_shorter ? len_b : len_a;
+  const ConvolutionPlan plan = PlanConvolution(len_a, len_b, method);
+  if (plan.method == kConvolutionDirect) {
+    ConvolveDirect(s, m, l, len_l, dst);
+    return engStsNoErr;
+  }
+  if (!work) return engStsNullPtrErr;
+  return ConvolveTransform(s, m, l, len_l, dst, plan, work);
+}
+
+}  // namespace
 
 EngStatus ConvolutionGetSize(int len_a, int len_b, int data_type, int method, int* bytes) {
   if (!bytes) return engStsNullPtrErr;

@@ -109,28 +109,6 @@ EngStatus ConvolveTransform(const T* s, int m, const T* l, int len_l, T* dst,
 }
 
 template <class T>
-EngStatus Convolve(const T* a, int len_a, const T* b, int len_b, T* dst, int method,
-                   unsigned char* work) {
-  if (!a || !b || !dst) return engStsNullPtrErr;
-  if (len_a <= 0 || len_b <= 0 || static_cast<long long>(len_a) + len_b - 1 > 0x7FFFFFFF) {
-    return engStsSizeErr;
-  }
-  if (method < kConvolutionAuto || method > kConvolutionTransform) return engStsAlgTypeErr;
-  const bool a_shorter = len_a <= len_b;
-  const T* s = a_shorter ? a : b;
-  const T* l = a_shorter ? b : a;
-  const int m = a_shorter ? len_a : len_b;
-  const int len_l = a_shorter ? len_b : len_a;
-  const ConvolutionPlan plan = PlanConvolution(len_a, len_b, method);
-  if (plan.method == kConvolutionDirect) {
-    ConvolveDirect(s, m, l, len_l, dst);
-    return engStsNoErr;
-  }
-  if (!work) return engStsNullPtrErr;
-  return ConvolveTransform(s, m, l, len_l, dst, plan, work);
-}
-
-template <class T>
 EngStatus CheckResampling(const T* src, int len, const T* dst, const int* dst_len, int factor,
                           const int* phase) {
   if (!src || !dst || !dst_len || !phase) return engStsNullPtrErr;
