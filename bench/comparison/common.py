@@ -92,13 +92,14 @@ def target_lines(targets):
     return lines
 
 
-def compare_at_one_size(run, options, family):
-    """Runs a family module's benchmarks of length family.SIZE (BINARIES, times, rows,
-    check_targets and markdown from the module); returns the targets, Markdown lines and the JSON
-    record, or None when no benchmark matches."""
+def compare_table(run, options, family, unit, keep=lambda name: True, extra=lambda table: {}):
+    """Runs the benchmarks of a family module (BINARIES, times, rows, check_targets and markdown
+    from the module) whose names match --members and `keep`; returns the targets, Markdown lines
+    and the JSON record (the times under `unit`, and what `extra` adds), or None when no
+    benchmark matches."""
     binary = run.binary(family.BINARIES[0])
     names = [name for name in list_benchmarks(binary)
-             if name.endswith(f"/n:{family.SIZE}") and re.search(options.members, name)]
+             if re.search(options.members, name) and keep(name)]
     if not names:
         return None
     report = run.report(binary, any_of(names, "$"))
@@ -107,6 +108,12 @@ def compare_at_one_size(run, options, family):
         return None
     context = run.context(report)
     targets = family.check_targets(table)
-    record = {"context": context, "ns_per_element": table, "comparison": family.rows(table),
-              "targets": targets}
+    record = {"context": context, unit: table, "comparison": family.rows(table),
+              "targets": targets, **extra(table)}
     return targets, family.markdown(context, table), record
+
+
+def compare_at_one_size(run, options, family):
+    """compare_table over the benchmarks of length family.SIZE."""
+    return compare_table(run, options, family, "ns_per_element",
+                         keep=lambda name: name.endswith(f"/n:{family.SIZE}"))

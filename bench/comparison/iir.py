@@ -7,8 +7,9 @@ Then the denormal check: an 8-section cascade over 2^20 samples, an impulse foll
 against noise, with the caller's flush-to-zero and denormals-are-zero off."""
 
 import re
+import sys
 
-from .common import any_of, list_benchmarks, markdown_table, median_ns, repetitions
+from .common import compare_table, markdown_table, median_ns, repetitions
 
 BINARIES = ("zal_bench_iir",)
 NAME = re.compile(r"^(?P<type>f32|f64)\.(?P<member>\w+)/(?P<contender>\w+)/n:(?P<n>\d+)$")
@@ -100,16 +101,5 @@ def markdown(context, table):
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
-    names = [name for name in list_benchmarks(binary) if re.search(options.members, name)]
-    if not names:
-        return None
-    report = run.report(binary, any_of(names, "$"))
-    table = times(report)
-    if not table:
-        return None
-    context = run.context(report)
-    targets = check_targets(table)
-    record = {"context": context, "ns_per_sample": table, "comparison": rows(table),
-              "decay": decay_rows(table), "targets": targets}
-    return targets, markdown(context, table), record
+    return compare_table(run, options, sys.modules[__name__], "ns_per_sample",
+                         extra=lambda table: {"decay": decay_rows(table)})

@@ -6,8 +6,9 @@ Per rate and taps per phase: our ns/output at the natural level, the peers', and
 time / ours (above 1 we are faster)."""
 
 import re
+import sys
 
-from .common import any_of, list_benchmarks, markdown_table, repetitions
+from .common import compare_table, markdown_table, repetitions
 
 BINARIES = ("zal_bench_multirate",)
 NAME = re.compile(r"^(?P<type>f32|f64)\.(?P<rate>\w+)/(?P<contender>\w+)/taps:(?P<taps>\d+)$")
@@ -90,20 +91,7 @@ def markdown(context, table):
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    binary = run.binary(BINARIES[0])
     # The natural level and the two widest beside the peers; every level with --levels.
-    contenders = None if options.levels else \
-        re.compile(r"/(ours|ours_avx2|ours_avx512|plain|liquid|soxr|samplerate)/")
-    names = [name for name in list_benchmarks(binary)
-             if re.search(options.members, name) and (not contenders or contenders.search(name))]
-    if not names:
-        return None
-    report = run.report(binary, any_of(names, "$"))
-    table = times(report)
-    if not table:
-        return None
-    context = run.context(report)
-    targets = check_targets(table)
-    record = {"context": context, "ns_per_output": table, "comparison": rows(table),
-              "targets": targets}
-    return targets, markdown(context, table), record
+    contenders = re.compile(r"/(ours|ours_avx2|ours_avx512|plain|liquid|soxr|samplerate)/")
+    return compare_table(run, options, sys.modules[__name__], "ns_per_output",
+                         keep=lambda name: options.levels or contenders.search(name))
