@@ -171,10 +171,12 @@ ZAL_INLINE T RunSample(IIRSpec* spec, Count n, T x) {
 
 // A section's block matrices held in registers over a run of blocks. The impulse-response
 // matrix is Toeplitz: column k's lanes from v * L are its column 0 shifted by v * L - k, so its
-// used columns (k < (v + 1) L) are only kIIRBlock distinct vectors, one per shift. Only a level
-// with 32 vector registers holds them and the zero-input responses with room for the sums.
+// used columns (k < (v + 1) L) are only kIIRBlock distinct vectors, one per shift. With 32
+// registers they all stay there with the zero-input responses and the sums; with 16 some spill,
+// which still beats reloading every section's matrices per block. The output sums step by four
+// columns, so the lanes must come in fours.
 template <class V, class T>
-constexpr bool kIIRSectionInRegisters = sizeof(T) * V::kLanes == 64;
+constexpr bool kIIRSectionInRegisters = sizeof(T) * V::kLanes >= 32 && V::kLanes % 4 == 0;
 
 template <class V, class T>
 struct SectionInRegisters {
