@@ -7,18 +7,25 @@
 // Decay8/Steady8: an 8-section cascade over 2^20 samples in 1 Ki blocks, the first an impulse
 // followed by zeros (the state decays through the subnormal range), the other noise; the
 // caller's flush-to-zero and denormals-are-zero both off.
+//
+// ZAL_BENCH_LEVEL=<level> runs ours at that level instead of the natural one.
 #include <benchmark/benchmark.h>
 #include <xmmintrin.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "bench/iir_plain_loops.h"
+#include "engine/core/level.h"
+#include "zalaccelerate/core.h"
 #include "zalaccelerate/filter.h"
 
 namespace zal::bench::iir {
@@ -223,12 +230,33 @@ void Register(const char* type) {
   }
 }
 
+// The level named by ZAL_BENCH_LEVEL put in force; its name, or null where it cannot run here.
+const char* SelectRequestedLevel() {
+  engStartDispatch();
+  const char* requested = std::getenv("ZAL_BENCH_LEVEL");
+  if (requested == nullptr) return zal::engine::kLevelNames[engGetDispatchIndex()];
+  for (int level = 0; level < zal::engine::kLevelCount; ++level) {
+    if (std::strcmp(requested, zal::engine::kLevelNames[level]) != 0) continue;
+    int selected = -1;
+    engSelectCpuFeatures(zal::engine::kLevelNeeds[level], &selected);
+    engSetDispatchIndex(selected);
+    return engGetDispatchIndex() == level ? requested : nullptr;
+  }
+  return nullptr;
+}
+
 }  // namespace
 }  // namespace zal::bench::iir
 
 int main(int argc, char** argv) {
   using namespace zal::bench::iir;
-  benchmark::AddCustomContext("contender ours", "zalaccelerate::filter::IIR, natural level");
+  const char* level = SelectRequestedLevel();
+  if (level == nullptr) {
+    std::fprintf(stderr, "zal_bench_iir: ZAL_BENCH_LEVEL names no level this processor runs\n");
+    return 1;
+  }
+  benchmark::AddCustomContext("level", level);
+  benchmark::AddCustomContext("contender ours", "zalaccelerate::filter::IIR");
   benchmark::AddCustomContext("contender loop_section",
                               "per-sample TDF-II, section by section, -O3 -march=native");
   benchmark::AddCustomContext("contender loop_sample",

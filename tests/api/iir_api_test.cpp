@@ -443,18 +443,25 @@ TYPED_TEST(IIRApi, BadBlockArgumentsWriteNothingAndKeepTheStream) {
 TYPED_TEST(IIRApi, NonFiniteInputReachesOnlyLaterOutputs) {
   using T = TypeParam;
   const std::vector<T> taps = Rounded<T>(DesignSections({Prototype::kChebyshev, 5, 0.1, 1}));
-  for (T bad : {std::numeric_limits<T>::infinity(), std::numeric_limits<T>::quiet_NaN()}) {
-    std::vector<T> x = Noise<T>(48, 2);
-    std::vector<T> finite = x;
-    x[21] = bad;
-    State<T>* a = MakeCascade(taps);
-    State<T>* b = MakeCascade(taps);
-    const std::vector<T> y = Filtered(a, x);
-    const std::vector<T> clean = Filtered(b, finite);
-    for (int i = 0; i < 21; ++i) EXPECT_EQ(y[i], clean[i]) << i;
-    EXPECT_TRUE(std::isnan(y[30]) || std::isinf(y[30]));
-    IIRFree(a);
-    IIRFree(b);
+  // In the first block run, and mid-stream past several whole blocks and stretches.
+  struct Case {
+    int length;
+    int at;
+  };
+  for (Case c : {Case{48, 21}, Case{1500, 1100}}) {
+    for (T bad : {std::numeric_limits<T>::infinity(), std::numeric_limits<T>::quiet_NaN()}) {
+      std::vector<T> x = Noise<T>(c.length, 2);
+      std::vector<T> finite = x;
+      x[c.at] = bad;
+      State<T>* a = MakeCascade(taps);
+      State<T>* b = MakeCascade(taps);
+      const std::vector<T> y = Filtered(a, x);
+      const std::vector<T> clean = Filtered(b, finite);
+      for (int i = 0; i < c.at; ++i) EXPECT_EQ(y[i], clean[i]) << i;
+      EXPECT_TRUE(std::isnan(y[c.at + 9]) || std::isinf(y[c.at + 9]));
+      IIRFree(a);
+      IIRFree(b);
+    }
   }
 }
 
