@@ -264,12 +264,9 @@ template <class T>
 ZAL_INLINE EngStatus SwapElements(const T* src, T* dst, int n) {
   if (const EngStatus status = Check(n, src, dst)) return status;
   constexpr std::ptrdiff_t kLanes = VBytes::kBytes / sizeof(T);
-  // Eight registers a step: the loop's own instructions would otherwise share the cycles of a
-  // load, a shuffle and a store per register.
-  constexpr std::ptrdiff_t kStep = 8 * kLanes;
   std::ptrdiff_t i = 0;
-  for (; i + kStep <= n; i += kStep) {
-    for (std::ptrdiff_t k = i; k < i + kStep; k += kLanes) {
+  for (; i + 4 * kLanes <= n; i += 4 * kLanes) {
+    for (std::ptrdiff_t k = i; k < i + 4 * kLanes; k += kLanes) {
       StoreBytes(dst + k, ReverseBytesIn<sizeof(T)>(LoadBytes(src + k)));
     }
   }
