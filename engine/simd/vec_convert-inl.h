@@ -5,6 +5,8 @@
 // avx2, 512-bit at avx512.
 #pragma once
 
+#include <array>
+
 #include "engine/core/shapes.h"
 #include "engine/simd/vec_common-inl.h"
 
@@ -298,15 +300,19 @@ ZAL_INLINE void StoreLanes(Int24* p, CI v) {
 }
 
 // The samples of LoadLanes, read with one whole-register load whose bytes past the samples are
-// ignored: only where the source goes on at least that far. Masked loads whose masked-off bytes
-// cross a page cost an assist on some processors.
+// ignored: only where the source goes on at least that far.
 template <class From>
 ZAL_INLINE auto LoadLanesFollowed(const From* p) {
   return LoadLanes(p);
 }
+// At avx2, loads that transpose: 128-bit loads from p and p + 12 put each lane's 12 bytes in
+// place, so that only an in-lane shuffle follows.
 ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
+#if ZAL_LEVEL_INDEX >= 4
+  const auto* bytes = reinterpret_cast<const unsigned char*>(p);
+#endif
 #if ZAL_LEVEL_INDEX >= 5
-  const __m512i words = _mm512_loadu_si512(p);
+  const __m512i words = _mm512_loadu_si512(bytes);
   const __m512i lanes = _mm512_permutexvar_epi32(
       _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), words);
   const __m512i spread = _mm512_shuffle_epi8(
@@ -314,9 +320,9 @@ ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
       _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)));
   return {_mm512_srai_epi32(spread, 8)};
 #elif ZAL_LEVEL_INDEX >= 4
-  const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-  const __m256i lanes =
-      _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6));
+  const __m256i lanes = _mm256_inserti128_si256(
+      _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
+      _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 12)), 1);
   const __m256i spread = _mm256_shuffle_epi8(
       lanes, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, 0, 1, 2, -1,
                               3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
@@ -330,6 +336,44 @@ ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
   return LoadLanes(p);
 #endif
 }
+
+// The samples of four registers from p, for unrolled loops; the fourth read exactly unless
+// kFollowed.
+template <bool kFollowed, class From>
+ZAL_INLINE auto LoadFourLanes(const From* p) {
+  using V = decltype(LoadLanes(p));
+  return std::array<V, 4>{
+      LoadLanesFollowed(p), LoadLanesFollowed(p + kConvertLanes),
+      LoadLanesFollowed(p + 2 * kConvertLanes),
+      kFollowed ? LoadLanesFollowed(p + 3 * kConvertLanes) : LoadLanes(p + 3 * kConvertLanes)};
+}
+#if ZAL_LEVEL_INDEX >= 5
+// Four registers of 24-bit samples are exactly three registers of bytes: three whole loads, split
+// across cache lines at most once each (one load per register would split three times in four),
+// and a one- or two-source word permute per register to its lanes.
+template <bool kFollowed>
+ZAL_INLINE std::array<CI, 4> LoadFourLanes(const Int24* p) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(p);
+  const __m512i a = _mm512_loadu_si512(bytes);
+  const __m512i b = _mm512_loadu_si512(bytes + 64);
+  const __m512i c = _mm512_loadu_si512(bytes + 128);
+  const auto spread = [](__m512i lanes) {
+    const __m512i order =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
+    return CI{_mm512_srai_epi32(_mm512_shuffle_epi8(lanes, order), 8)};
+  };
+  // Lane k of a register takes words 3k .. 3k + 3 of its 48 bytes; the last word is never used.
+  return {
+      spread(_mm512_permutexvar_epi32(
+          _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), a)),
+      spread(_mm512_permutex2var_epi32(
+          a, _mm512_setr_epi32(12, 13, 14, 15, 15, 16, 17, 18, 18, 19, 20, 21, 21, 22, 23, 24), b)),
+      spread(_mm512_permutex2var_epi32(
+          b, _mm512_setr_epi32(8, 9, 10, 11, 11, 12, 13, 14, 14, 15, 16, 17, 17, 18, 19, 20), c)),
+      spread(_mm512_permutexvar_epi32(
+          _mm512_setr_epi32(4, 5, 6, 7, 7, 8, 9, 10, 10, 11, 12, 13, 13, 14, 15, 15), c))};
+}
+#endif
 
 // The samples of StoreLanes, written with one whole-register store whose bytes past the samples
 // hold anything: only for a store that the next one, at the samples' end, overwrites.

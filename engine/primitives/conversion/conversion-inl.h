@@ -36,10 +36,11 @@ ZAL_INLINE void ConvertPartial(Op op, const From* src, To* dst, std::ptrdiff_t n
 // spills only when kFollowed says that a whole register comes after it.
 template <bool kFollowed, class From, class To, class Op>
 ZAL_INLINE void ConvertFour(Op op, const From* src, To* dst) {
-  const auto r0 = op(LoadLanesFollowed(src));
-  const auto r1 = op(LoadLanesFollowed(src + kLanes));
-  const auto r2 = op(LoadLanesFollowed(src + 2 * kLanes));
-  const auto r3 = op(kFollowed ? LoadLanesFollowed(src + 3 * kLanes) : LoadLanes(src + 3 * kLanes));
+  const auto in = LoadFourLanes<kFollowed>(src);
+  const auto r0 = op(in[0]);
+  const auto r1 = op(in[1]);
+  const auto r2 = op(in[2]);
+  const auto r3 = op(in[3]);
   StoreLanesFollowed(dst, r0);
   StoreLanesFollowed(dst + kLanes, r1);
   StoreLanesFollowed(dst + 2 * kLanes, r2);
