@@ -16,15 +16,13 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "bench/iir_plain_loops.h"
-#include "engine/core/level.h"
+#include "bench/requested_level.h"
 #include "zalaccelerate/core.h"
 #include "zalaccelerate/filter.h"
 
@@ -230,27 +228,12 @@ void Register(const char* type) {
   }
 }
 
-// The level named by ZAL_BENCH_LEVEL put in force; its name, or null where it cannot run here.
-const char* SelectRequestedLevel() {
-  engStartDispatch();
-  const char* requested = std::getenv("ZAL_BENCH_LEVEL");
-  if (requested == nullptr) return zal::engine::kLevelNames[engGetDispatchIndex()];
-  for (int level = 0; level < zal::engine::kLevelCount; ++level) {
-    if (std::strcmp(requested, zal::engine::kLevelNames[level]) != 0) continue;
-    int selected = -1;
-    engSelectCpuFeatures(zal::engine::kLevelNeeds[level], &selected);
-    engSetDispatchIndex(selected);
-    return engGetDispatchIndex() == level ? requested : nullptr;
-  }
-  return nullptr;
-}
-
 }  // namespace
 }  // namespace zal::bench::iir
 
 int main(int argc, char** argv) {
   using namespace zal::bench::iir;
-  const char* level = SelectRequestedLevel();
+  const char* level = zal::bench::SelectRequestedLevel();
   if (level == nullptr) {
     std::fprintf(stderr, "zal_bench_iir: ZAL_BENCH_LEVEL names no level this processor runs\n");
     return 1;
