@@ -53,7 +53,13 @@ void ThreadPool::Work() {
 }
 
 ThreadPool& GetCPUBoundExecutor() {
+#ifdef _WIN32
+  // Never destroyed: when a DLL's static objects are destroyed at exit, the process has already
+  // ended every other thread, and joining the workers would wait forever.
+  static ThreadPool& pool = *new ThreadPool(std::max(std::thread::hardware_concurrency(), 2u));
+#else
   static ThreadPool pool(std::max(std::thread::hardware_concurrency(), 2u));
+#endif
   return pool;
 }
 

@@ -40,7 +40,9 @@ class ThreadPool {
 };
 
 // The process's pool for CPU-bound work: one worker per hardware thread (at least two), started
-// at the first call. It shuts down, draining its queue, when static objects are destroyed at exit.
+// at the first call. It shuts down, draining its queue, when static objects are destroyed at exit;
+// on Windows, where the process has ended the workers by then, it is left as it is, and a host
+// that needs the queue drained calls Shutdown() before it exits.
 ThreadPool& GetCPUBoundExecutor();
 
 }  // namespace zalcore::threads
