@@ -35,14 +35,14 @@ namespace zalaccelerate {
 // of). The order does not depend on where a block starts: on one processor, filtering a stream in
 // blocks of any sizes gives the bits of one call over the whole stream.
 //
-// Memory, allocated by FIRInit with utility::Malloc_*: the engine specification, at most
+// Memory, allocated by FIRInit with utility::Malloc_*: the prepared filter, at most
 // 68 tapsLen + 3.4 KiB bytes (the taps reversed, and shifted once per lane of the widest
 // registers); a work buffer of 4 (tapsLen + 2051) bytes; the delay line; a 5-float sample slot;
 // and the record itself. Nothing is allocated while filtering.
 //
 // Threads: a state is used by one thread at a time; distinct states are independent.
 struct FIRState_Float {
-  unsigned char* spec;        // engine specification: the taps in the engine's form
+  unsigned char* spec;        // the prepared filter: the taps in the engine's form
   float* delayLine;           // tapsLen - 1 floats, oldest first
   unsigned char* workBuffer;  // engine scratch for filtering
   std::uint32_t tapsLen;

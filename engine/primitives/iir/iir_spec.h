@@ -34,7 +34,7 @@ struct IIRSpec {
   int phase;
   // MXCSR bits the filter runs under: flush-to-zero, and denormals-are-zero where supported.
   unsigned int mxcsr_bits;
-  // Bytes from the spec to system 0's arrays.
+  // Bytes from the start of this block to system 0's arrays.
   int data_offset;
 };
 

@@ -24,7 +24,8 @@ struct MRFSpec {
   // Taps of the longest phase: also the length of the delay line.
   int phase_taps;
   int row_length;
-  // Byte offsets from the spec: the rows, then the two int tables of up_factor entries.
+  // Byte offsets from the start of this block: the rows, then the two int tables of up_factor
+  // entries.
   int bank_offset;
   int rows_offset;
   int bases_offset;
