@@ -174,45 +174,7 @@ void ConvolveDirect(const T* s, int m, const T* l, int len_l, T* dst) {
 // ---- Overlap-add over the real transform -------------------------------------------------------
 
 inline constexpr unsigned long long kTagMagic = 0x7A616C436F6E7631ULL;
-// The transform's algorithm hint: fast.
-inline constexpr int kFastHint = 1;
-
-EngStatus RealSizes(float, int order, int* spec, int* init, int* work) {
-  return FFTGetSizeRealF32(order, kFFTDivInvByN, kFastHint, spec, init, work);
-}
-EngStatus RealSizes(double, int order, int* spec, int* init, int* work) {
-  return FFTGetSizeRealF64(order, kFFTDivInvByN, kFastHint, spec, init, work);
-}
-EngStatus RealPrepare(float, FFTSpec** spec, int order, unsigned char* block) {
-  return FFTInitRealF32(spec, order, kFFTDivInvByN, kFastHint, block, nullptr);
-}
-EngStatus RealPrepare(double, FFTSpec** spec, int order, unsigned char* block) {
-  return FFTInitRealF64(spec, order, kFFTDivInvByN, kFastHint, block, nullptr);
-}
-EngStatus Forward(float* data, const FFTSpec* spec, unsigned char* scratch) {
-  return FFTFwdRealF32(data, data, spec, scratch);
-}
-EngStatus Forward(double* data, const FFTSpec* spec, unsigned char* scratch) {
-  return FFTFwdRealF64(data, data, spec, scratch);
-}
-EngStatus Inverse(float* data, const FFTSpec* spec, unsigned char* scratch) {
-  return FFTInvRealF32(data, data, spec, scratch);
-}
-EngStatus Inverse(double* data, const FFTSpec* spec, unsigned char* scratch) {
-  return FFTInvRealF64(data, data, spec, scratch);
-}
-
-// The work layout of one element type and block order; false when the transform is not offered.
-template <class T>
-bool LayOut(int order, ConvolutionLayout* layout, int* spec_bytes) {
-  int init_bytes;
-  int scratch_bytes;
-  if (RealSizes(T(0), order, spec_bytes, &init_bytes, &scratch_bytes) || init_bytes != 0) {
-    return false;
-  }
-  *layout = LayOutConvolution(order, *spec_bytes, scratch_bytes, static_cast<int>(sizeof(T)));
-  return true;
-}
+#include "engine/primitives/convolution/convolution_transform-inl.h"
 
 // block[k] *= filter[k] over the packed spectrum's n / 2 + 1 complex bins (the two imaginary
 // parts that are zero stay zero).

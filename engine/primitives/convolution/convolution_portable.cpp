@@ -13,50 +13,14 @@
 namespace zal::engine::portable {
 namespace {
 
-constexpr int kFastHint = 1;
-
-EngStatus RealSizes(float, int order, int* spec, int* init, int* work) {
-  return FFTGetSizeRealF32(order, kFFTDivInvByN, kFastHint, spec, init, work);
-}
-EngStatus RealSizes(double, int order, int* spec, int* init, int* work) {
-  return FFTGetSizeRealF64(order, kFFTDivInvByN, kFastHint, spec, init, work);
-}
-EngStatus RealPrepare(float, FFTSpec** spec, int order, unsigned char* block) {
-  return FFTInitRealF32(spec, order, kFFTDivInvByN, kFastHint, block, nullptr);
-}
-EngStatus RealPrepare(double, FFTSpec** spec, int order, unsigned char* block) {
-  return FFTInitRealF64(spec, order, kFFTDivInvByN, kFastHint, block, nullptr);
-}
-void Forward(float* data, const FFTSpec* spec, unsigned char* scratch) {
-  FFTFwdRealF32(data, data, spec, scratch);
-}
-void Forward(double* data, const FFTSpec* spec, unsigned char* scratch) {
-  FFTFwdRealF64(data, data, spec, scratch);
-}
-void Inverse(float* data, const FFTSpec* spec, unsigned char* scratch) {
-  FFTInvRealF32(data, data, spec, scratch);
-}
-void Inverse(double* data, const FFTSpec* spec, unsigned char* scratch) {
-  FFTInvRealF64(data, data, spec, scratch);
-}
-
-template <class T>
-bool LayOut(int order, ConvolutionLayout* layout) {
-  int spec_bytes;
-  int init_bytes;
-  int scratch_bytes;
-  if (RealSizes(T(0), order, &spec_bytes, &init_bytes, &scratch_bytes) || init_bytes != 0) {
-    return false;
-  }
-  *layout = LayOutConvolution(order, spec_bytes, scratch_bytes, static_cast<int>(sizeof(T)));
-  return true;
-}
+#include "engine/primitives/convolution/convolution_transform-inl.h"
 
 template <class T>
 long long WorkBytes(const ConvolutionPlan& plan) {
   if (plan.method == kConvolutionDirect) return 0;
   ConvolutionLayout layout;
-  return LayOut<T>(plan.order, &layout) ? layout.bytes : -1;
+  int spec_bytes;
+  return LayOut<T>(plan.order, &layout, &spec_bytes) ? layout.bytes : -1;
 }
 
 template <class T>
@@ -76,7 +40,8 @@ template <class T>
 EngStatus ConvolveTransform(const T* s, int m, const T* l, int len_l, T* dst,
                             const ConvolutionPlan& plan, unsigned char* work) {
   ConvolutionLayout layout;
-  if (!LayOut<T>(plan.order, &layout)) return engStsFftOrderErr;
+  int spec_bytes;
+  if (!LayOut<T>(plan.order, &layout, &spec_bytes)) return engStsFftOrderErr;
   const auto address = reinterpret_cast<std::uintptr_t>(work);
   unsigned char* base = work + ((64 - address % 64) % 64);
   reinterpret_cast<ConvolutionTag*>(base)->magic = 0;
