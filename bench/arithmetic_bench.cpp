@@ -51,7 +51,7 @@ constexpr std::array<MemberInfo, kMemberCount> kMembers = {{
 constexpr Member kFloatMembers[] = {kAdd,        kSub,         kMul,         kDiv,
                                     kAddProduct, kAddConstant, kMulConstant, kDivConstant,
                                     kAddInPlace, kMulInPlace};
-constexpr Member kDoubleMembers[] = {kAdd, kMul, kDiv};
+constexpr Member kDoubleMembers[] = {kAdd, kMul, kDiv, kMulConstant};
 constexpr Member kComplexMembers[] = {kAdd, kMul, kDiv, kMulConstant};
 constexpr Member kInt16Members[] = {kMulConstantInPlace};
 

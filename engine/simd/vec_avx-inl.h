@@ -146,11 +146,12 @@ ZAL_INLINE MF32 operator|(MF32 a, MF32 b) {
 ZAL_INLINE MF64 operator|(MF64 a, MF64 b) {
   return {_mm256_or_pd(a.raw, b.raw)};
 }
+// A sign-bit test and its branch, without moving the mask to a general register.
 ZAL_INLINE bool AnyLane(MF32 m) {
-  return _mm256_movemask_ps(m.raw) != 0;
+  return !_mm256_testz_ps(m.raw, m.raw);
 }
 ZAL_INLINE bool AnyLane(MF64 m) {
-  return _mm256_movemask_pd(m.raw) != 0;
+  return !_mm256_testz_pd(m.raw, m.raw);
 }
 
 // Pairs of lanes (0, 1), (2, 3) ... hold interleaved complex values.
