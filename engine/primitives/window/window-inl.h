@@ -15,6 +15,7 @@
 #include "engine/simd/vec_math-inl.h"
 
 // After the vector layer, whose Broadcast the weights use.
+#include "engine/primitives/window/window_angle_sum-inl.h"
 #include "engine/primitives/window/window_weights-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
@@ -52,10 +53,12 @@ ZAL_INLINE void ApplyTwoMirrored(const T* src, T* dst, std::ptrdiff_t n, std::pt
   Store(dst + back, back1);
 }
 
-// dst[i] = w(min(i, n - 1 - i)) src[i]. The front and back registers of one step never overlap
-// each other or another step's, and each is read before it is written, so src may be dst.
+// dst[i] = w(min(i, n - 1 - i)) src[i] for i from `from` (a multiple of the lanes) to n - from.
+// The front and back registers of one step never overlap each other or another step's, and each
+// is read before it is written, so src may be dst.
 template <class T, class Weight>
-ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Weight& weight) {
+ZAL_INLINE void ApplySymmetricFrom(const T* src, T* dst, std::ptrdiff_t n, const Weight& weight,
+                                   std::ptrdiff_t from) {
   constexpr std::ptrdiff_t kLanes = VectorOf<T>::kLanes;
   const VF64 lanes = Load(kLaneIndices);
   const auto same = [](VF64 index) { return index; };
@@ -66,7 +69,7 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
     Store(dst + at, DefaultNaN(front_values * w));
     Store(dst + back, DefaultNaN(back_values * Reverse(w)));
   };
-  std::ptrdiff_t i = 0;
+  std::ptrdiff_t i = from;
   // A weight is a long chain of dependent operations: four registers' chains side by side keep
   // the arithmetic units busy while each waits for its previous result.
   for (; 2 * (i + kUnroll * kLanes) <= n; i += kUnroll * kLanes) {
@@ -94,6 +97,64 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
       StoreN(dst + i, DefaultNaN(LoadN(src + i, rest) * w), rest);
     }
   }
+}
+
+template <class T, class Weight>
+ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Weight& weight) {
+  ApplySymmetricFrom(src, dst, n, weight, 0);
+}
+
+// The double Hann and Hamming windows of kSumMinLength elements and more: the first blocks
+// directly, then each block from its anchor and the offsets' terms kept on the stack, and the
+// middle directly again.
+template <class Weight>
+ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n,
+                                const Weight& weight) {
+  constexpr std::ptrdiff_t kLanes = VF64::kLanes;
+  static_assert(kSumBlock % (2 * kLanes) == 0);
+  const VF64 lanes = Load(kLaneIndices);
+  constexpr std::ptrdiff_t kBegin = kSumFirstBlock * kSumBlock;
+  for (std::ptrdiff_t i = 0; i < kBegin; i += 2 * kLanes) {
+    const VF64 first = lanes + Broadcast(static_cast<double>(i));
+    ApplyTwoMirrored(src, dst, n, i, weight.direct(first),
+                     weight.direct(first + Broadcast(static_cast<double>(kLanes))));
+  }
+  alignas(64) double squared_sines[kSumBlock];
+  alignas(64) double double_sines[kSumBlock];
+  for (std::ptrdiff_t j = 0; j < kSumBlock; j += kLanes) {
+    const Offset<VF64> offset = weight.OffsetAt(lanes + Broadcast(static_cast<double>(j)));
+    Store(squared_sines + j, offset.squared_sine);
+    Store(double_sines + j, offset.double_sine);
+  }
+  const auto end = static_cast<std::ptrdiff_t>(weight.end);
+  // Lanes past the last block repeat it, so that every anchor stays inside the half window.
+  const VF64 last_first = Broadcast(static_cast<double>(end - kSumBlock));
+  alignas(64) double highs[kLanes];
+  alignas(64) double lows[kLanes];
+  alignas(64) double cosines[kLanes];
+  alignas(64) double sines[kLanes];
+  for (std::ptrdiff_t at = kBegin; at < end; at += kLanes * kSumBlock) {
+    const VF64 firsts =
+        Min(lanes * Broadcast(static_cast<double>(kSumBlock)) + Broadcast(static_cast<double>(at)),
+            last_first);
+    const Anchor<VF64> anchors = weight.AnchorAt(firsts);
+    Store(highs, anchors.high);
+    Store(lows, anchors.low);
+    Store(cosines, anchors.cosine);
+    Store(sines, anchors.sine);
+    for (std::ptrdiff_t l = 0; l < kLanes && at + l * kSumBlock < end; ++l) {
+      const Anchor<VF64> anchor = {Broadcast(highs[l]), Broadcast(lows[l]), Broadcast(cosines[l]),
+                                   Broadcast(sines[l])};
+      const std::ptrdiff_t block = at + l * kSumBlock;
+      for (std::ptrdiff_t j = 0; j < kSumBlock; j += 2 * kLanes) {
+        ApplyTwoMirrored(
+            src, dst, n, block + j,
+            Weight::Sum(anchor, Load(squared_sines + j), Load(double_sines + j)),
+            Weight::Sum(anchor, Load(squared_sines + j + kLanes), Load(double_sines + j + kLanes)));
+      }
+    }
+  }
+  ApplySymmetricFrom(src, dst, n, weight.direct, end);
 }
 
 // The float raised-cosine windows: the chains of every kBlock indices walked block by block from

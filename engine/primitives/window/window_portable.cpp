@@ -4,6 +4,8 @@
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
 
+#include <cmath>
+
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
 #include "engine/simd/default_nan-inl.h"
@@ -22,9 +24,13 @@ inline bool LessEqual(double a, double b) {
 inline double Select(bool m, double a, double b) {
   return m ? a : b;
 }
+inline double Sqrt(double x) {
+  return std::sqrt(x);
+}
 }  // namespace
 }  // namespace zal::engine::portable
 
+#include "engine/primitives/window/window_angle_sum-inl.h"
 #include "engine/primitives/window/window_weights-inl.h"
 
 namespace zal::engine::portable {
@@ -37,6 +43,11 @@ void ApplySymmetric(const T* src, T* dst, int n, const Weight& weight) {
     dst[i] =
         DefaultNaN(src[i] * static_cast<T>(weight(static_cast<double>(i < mirror ? i : mirror))));
   }
+}
+
+template <class Weight>
+void ApplyByAngleSum(const double* src, double* dst, int n, const Weight& weight) {
+  ApplySymmetric(src, dst, n, weight);
 }
 
 template <class Recurrence>

@@ -212,8 +212,17 @@ struct PreciseRaisedCosineWeight {
   double half_last;   // (N - 1) / 2
   double four_alpha;  // Blackman
 
+  // sin^2 and cos^2 of the angle at index n, each as a sum of two doubles.
   template <class V>
-  ZAL_INLINE V operator()(V n) const {
+  struct Squares {
+    V s2;
+    V s2_low;
+    V c2;
+    V c2_low;
+  };
+
+  template <class V>
+  ZAL_INLINE Squares<V> SquaresAt(V n) const {
     const V quarter = Splat<V>(half_last * 0.5);
     const auto near_end = LessEqual(n, quarter);
     const V m = Select(near_end, n, Splat<V>(half_last) - n);
@@ -236,14 +245,18 @@ struct PreciseRaisedCosineWeight {
     const V square_low = ProductRemainder(v_high, v_high, square) + Splat<V>(2.0) * v_high * v_low;
     // sin^2 of the half angle, and its complement cos^2, from whichever v^2 is: each a sum of two
     // doubles until the last operation.
-    const V zero = Splat<V>(0.0);
     const V one = Splat<V>(1.0);
     const V complement = one - square;
     const V complement_low = ((one - complement) - square) - square_low;
-    const V s2 = Select(near_end, square, complement);
-    const V s2_low = Select(near_end, square_low, complement_low);
-    const V c2 = Select(near_end, complement, square);
-    const V c2_low = Select(near_end, complement_low, square_low);
+    return {Select(near_end, square, complement), Select(near_end, square_low, complement_low),
+            Select(near_end, complement, square), Select(near_end, complement_low, square_low)};
+  }
+
+  template <class V>
+  ZAL_INLINE V operator()(V n) const {
+    const auto [s2, s2_low, c2, c2_low] = SquaresAt(n);
+    const V zero = Splat<V>(0.0);
+    const V one = Splat<V>(1.0);
     if constexpr (kKind == RaisedCosine::kHann) {
       return s2 + s2_low;
     } else if constexpr (kKind == RaisedCosine::kHamming) {

@@ -1,0 +1,98 @@
+// The double Hann and Hamming windows past their first blocks, by the angle sum. With the index
+// m = kB + j, a = pi kB / (N - 1) and b = pi j / (N - 1):
+//   sin^2(a + b) = sin^2 a + cos 2a sin^2 b + sin a cos a sin 2b,
+// so each block needs one evaluation of its anchor a (sin^2 a to twice double precision, cos 2a,
+// sin a cos a) and each offset j one of sin^2 b and sin 2b, shared by every block; a weight is
+// then two products and three sums. The sum's correction stays small against the anchor: from
+// block 4 on it is under 0.36 of the weight near the ends, where its terms are all positive, so
+// the few roundings of its constants and products cost at most about 1.1 ulp of the weight, and
+// half an ulp more for the last sum. Near the centre the correction is under b^2 + b absolutely
+// with b <= pi/16 (lengths from 16 blocks on), and the weight over 1/2. No fused multiply-add:
+// every level gives the portable variant's bits.
+// Included after window_weights-inl.h, inside level translation units and the portable one.
+#pragma once
+
+namespace zal::engine::ZAL_LEVEL {
+namespace {
+
+inline constexpr int kSumBlock = 32;
+// Blocks below this are evaluated directly (their correction would be too large a share).
+inline constexpr int kSumFirstBlock = 4;
+inline constexpr int kSumMinLength = 16 * kSumBlock + 1;
+
+// w(a + b) = high + (low + (cosine sin^2 b + sine sin 2b)).
+template <class V>
+struct Anchor {
+  V high;
+  V low;
+  V cosine;
+  V sine;
+};
+
+// sin^2 b and sin 2b of an offset.
+template <class V>
+struct Offset {
+  V squared_sine;
+  V double_sine;
+};
+
+template <RaisedCosine kKind>
+struct AngleSumWeight {
+  static_assert(kKind != RaisedCosine::kBlackman);
+
+  PreciseRaisedCosineWeight<kKind> direct;
+  double end;  // the first index of the middle: blocks stop before the halves meet
+
+  template <class V>
+  ZAL_INLINE Anchor<V> AnchorAt(V first) const {
+    const auto [s2, s2_low, c2, c2_low] = direct.SquaresAt(first);
+    V high = s2 + s2_low;
+    V low = s2_low - (high - s2);
+    V cosine = (c2 - s2) + (c2_low - s2_low);
+    V sine = Sqrt(s2 * c2);
+    if constexpr (kKind == RaisedCosine::kHamming) {
+      // 0.08 + 0.92 (high + low) to twice double precision; the correction scaled by 0.92.
+      const V rise = Splat<V>(kHammingRise);
+      const V base = Splat<V>(kHammingBase);
+      const V t = rise * high;
+      const V t_low =
+          ProductRemainder(rise, high, t) + (rise * low + Splat<V>(kHammingRiseLow) * high);
+      const V sum = base + t;
+      const V back = sum - base;
+      const V rest = ((base - (sum - back)) + (t - back)) + (t_low + Splat<V>(kHammingBaseLow));
+      high = sum + rest;
+      low = rest - (high - sum);
+      cosine = rise * cosine;
+      sine = rise * sine;
+    }
+    return {high, low, cosine, sine};
+  }
+
+  template <class V>
+  ZAL_INLINE Offset<V> OffsetAt(V j) const {
+    const auto [s2, s2_low, c2, c2_low] = direct.SquaresAt(j);
+    const V squared_sine = s2 + s2_low;
+    return {squared_sine, Splat<V>(2.0) * Sqrt(squared_sine * c2)};
+  }
+
+  template <class V>
+  ZAL_INLINE static V Sum(const Anchor<V>& anchor, V squared_sine, V double_sine) {
+    return anchor.high + (anchor.low + (anchor.cosine * squared_sine + anchor.sine * double_sine));
+  }
+
+  // One index's weight, as the kernels reach it: the portable variant's way.
+  ZAL_INLINE double operator()(double m) const {
+    if (m < kSumFirstBlock * kSumBlock || m >= end) return direct(m);
+    const double first = std::floor(m / kSumBlock) * kSumBlock;
+    const Offset<double> offset = OffsetAt(m - first);
+    return Sum(AnchorAt(first), offset.squared_sine, offset.double_sine);
+  }
+};
+
+template <RaisedCosine kKind>
+AngleSumWeight<kKind> MakeAngleSum(int n) {
+  return {MakePreciseRaisedCosine<kKind>(n, 0), static_cast<double>(n / 2 / kSumBlock * kSumBlock)};
+}
+
+}  // namespace
+}  // namespace zal::engine::ZAL_LEVEL
