@@ -113,7 +113,7 @@ ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n
   constexpr std::ptrdiff_t kLanes = VF64::kLanes;
   static_assert(kSumBlock % (2 * kLanes) == 0);
   const VF64 lanes = Load(kLaneIndices);
-  constexpr std::ptrdiff_t kBegin = kSumFirstBlock * kSumBlock;
+  constexpr std::ptrdiff_t kBegin = Weight::kFirstBlock * kSumBlock;
   for (std::ptrdiff_t i = 0; i < kBegin; i += 2 * kLanes) {
     const VF64 first = lanes + Broadcast(static_cast<double>(i));
     ApplyTwoMirrored(src, dst, n, i, weight.direct(first),
@@ -149,8 +149,8 @@ ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n
       for (std::ptrdiff_t j = 0; j < kSumBlock; j += 2 * kLanes) {
         ApplyTwoMirrored(
             src, dst, n, block + j,
-            Weight::Sum(anchor, Load(squared_sines + j), Load(double_sines + j)),
-            Weight::Sum(anchor, Load(squared_sines + j + kLanes), Load(double_sines + j + kLanes)));
+            weight.Sum(anchor, Load(squared_sines + j), Load(double_sines + j)),
+            weight.Sum(anchor, Load(squared_sines + j + kLanes), Load(double_sines + j + kLanes)));
       }
     }
   }

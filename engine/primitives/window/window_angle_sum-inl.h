@@ -9,8 +9,10 @@
 // half an ulp more for the last sum. Near the centre the correction is under b^2 + b absolutely
 // with b <= pi/16 (lengths from 16 blocks on), and the weight over 1/2. No fused multiply-add:
 // every level gives the portable variant's bits.
-// Included after window_weights-inl.h, inside level translation units and the portable one.
+// Included inside level translation units and the portable one, where window_weights-inl.h is.
 #pragma once
+
+#include "engine/primitives/window/window_weights-inl.h"
 
 namespace zal::engine::ZAL_LEVEL {
 namespace {
@@ -18,7 +20,8 @@ namespace {
 inline constexpr int kSumBlock = 32;
 // Blocks below this are evaluated directly (their correction would be too large a share).
 inline constexpr int kSumFirstBlock = 4;
-inline constexpr int kSumMinLength = 16 * kSumBlock + 1;
+inline constexpr int kBlackmanFirstBlock = 8;
+inline constexpr int kSumMinLength = 18 * kSumBlock + 1;
 
 // w(a + b) = high + (low + (cosine sin^2 b + sine sin 2b)).
 template <class V>
@@ -38,7 +41,10 @@ struct Offset {
 
 template <RaisedCosine kKind>
 struct AngleSumWeight {
-  static_assert(kKind != RaisedCosine::kBlackman);
+  // Blackman's bracket 1 + 4 alpha cos^2 doubles the error of sin^2 and more: its corrections
+  // start later, where they are a smaller share.
+  static constexpr int kFirstBlock =
+      kKind == RaisedCosine::kBlackman ? kBlackmanFirstBlock : kSumFirstBlock;
 
   PreciseRaisedCosineWeight<kKind> direct;
   double end;  // the first index of the middle: blocks stop before the halves meet
@@ -76,13 +82,31 @@ struct AngleSumWeight {
   }
 
   template <class V>
-  ZAL_INLINE static V Sum(const Anchor<V>& anchor, V squared_sine, V double_sine) {
-    return anchor.high + (anchor.low + (anchor.cosine * squared_sine + anchor.sine * double_sine));
+  ZAL_INLINE V Sum(const Anchor<V>& anchor, V squared_sine, V double_sine) const {
+    const V correction = anchor.low + (anchor.cosine * squared_sine + anchor.sine * double_sine);
+    if constexpr (kKind != RaisedCosine::kBlackman) {
+      return anchor.high + correction;
+    } else {
+      // s^2 (1 + 4 alpha c^2), with s^2 and c^2 = 1 - s^2 as sums of two doubles.
+      const V s2 = anchor.high + correction;
+      const V s2_low = correction - (s2 - anchor.high);
+      const V one = Splat<V>(1.0);
+      const V c2 = one - s2;
+      const V c2_low = ((one - c2) - s2) - s2_low;
+      const V k = Splat<V>(direct.four_alpha);
+      const V kc = k * c2;
+      const V kc_low = ProductRemainder(k, c2, kc) + k * c2_low;
+      const V bracket = one + kc;
+      const V back = bracket - one;
+      const V bracket_low = ((one - (bracket - back)) + (kc - back)) + kc_low;
+      const V w = s2 * bracket;
+      return w + ((ProductRemainder(s2, bracket, w) + s2 * bracket_low) + s2_low * bracket);
+    }
   }
 
   // One index's weight, as the kernels reach it: the portable variant's way.
   ZAL_INLINE double operator()(double m) const {
-    if (m < kSumFirstBlock * kSumBlock || m >= end) return direct(m);
+    if (m < kFirstBlock * kSumBlock || m >= end) return direct(m);
     const double first = std::floor(m / kSumBlock) * kSumBlock;
     const Offset<double> offset = OffsetAt(m - first);
     return Sum(AnchorAt(first), offset.squared_sine, offset.double_sine);
@@ -90,8 +114,9 @@ struct AngleSumWeight {
 };
 
 template <RaisedCosine kKind>
-AngleSumWeight<kKind> MakeAngleSum(int n) {
-  return {MakePreciseRaisedCosine<kKind>(n, 0), static_cast<double>(n / 2 / kSumBlock * kSumBlock)};
+AngleSumWeight<kKind> MakeAngleSum(int n, double alpha) {
+  return {MakePreciseRaisedCosine<kKind>(n, alpha),
+          static_cast<double>(n / 2 / kSumBlock * kSumBlock)};
 }
 
 }  // namespace
