@@ -35,6 +35,19 @@ ZAL_INLINE VectorOf<T> WeightsAt(const Weight& weight, VF64 first, Index index) 
   }
 }
 
+// Several registers' weights at once: a formula whose weight is a long chain of dependent steps
+// walks them side by side (its Many), the others one by one.
+template <int kCount, class Weight>
+ZAL_INLINE void WeightsOf(const Weight& weight, const VF64 (&indices)[kCount],
+                          VF64 (&weights)[kCount]) {
+  if constexpr (requires { weight.Many(indices, weights); }) {
+    weight.Many(indices, weights);
+  } else {
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) weights[c] = weight(indices[c]);
+  }
+}
+
 // Two registers of weights, for the elements at `at` and `at + lanes`, applied to them and,
 // lanes reversed, to their mirrors at the back; one comparison per two registers finds NaNs.
 template <class T, class V>
@@ -73,13 +86,27 @@ ZAL_INLINE void ApplySymmetricFrom(const T* src, T* dst, std::ptrdiff_t n, const
   // A weight is a long chain of dependent operations: four registers' chains side by side keep
   // the arithmetic units busy while each waits for its previous result.
   for (; 2 * (i + kUnroll * kLanes) <= n; i += kUnroll * kLanes) {
+    constexpr int kHalves = sizeof(T) == 4 ? 2 : 1;
+    constexpr int kCount = kUnroll * kHalves;
     const VF64 first = lanes + Broadcast(static_cast<double>(i));
-    const auto w0 = WeightsAt<T>(weight, first, same);
-    const auto w1 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(kLanes)), same);
-    const auto w2 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(2 * kLanes)), same);
-    const auto w3 = WeightsAt<T>(weight, first + Broadcast(static_cast<double>(3 * kLanes)), same);
-    ApplyTwoMirrored(src, dst, n, i, w0, w1);
-    ApplyTwoMirrored(src, dst, n, i + 2 * kLanes, w2, w3);
+    VF64 indices[kCount];
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) {
+      indices[c] = first + Broadcast(static_cast<double>(c * VF64::kLanes));
+    }
+    VF64 weights[kCount];
+    WeightsOf(weight, indices, weights);
+    VectorOf<T> w[kUnroll];
+    ZAL_UNROLL_FULLY
+    for (int u = 0; u < kUnroll; ++u) {
+      if constexpr (kHalves == 2) {
+        w[u] = Narrow(weights[2 * u], weights[2 * u + 1]);
+      } else {
+        w[u] = weights[u];
+      }
+    }
+    ApplyTwoMirrored(src, dst, n, i, w[0], w[1]);
+    ApplyTwoMirrored(src, dst, n, i + 2 * kLanes, w[2], w[3]);
   }
   for (; 2 * (i + kLanes) <= n; i += kLanes) {
     apply(i, WeightsAt<T>(weight, lanes + Broadcast(static_cast<double>(i)), same));
