@@ -218,8 +218,9 @@ TEST(Windows, DoubleRaisedCosineBlocksStayWithinTwoUlp) {
        HammingWeight},
       {"Blackman", portable::WindowBlackmanF64, BlackmanWeight},
   };
-  constexpr int kBlockLengths[] = {575,  576,  577,   578,   607,    608,     640,          641,
-                                   1087, 2049, 12345, 65599, 100003, 1 << 20, (1 << 21) + 1};
+  constexpr int kBlockLengths[] = {575,  576,   577,   578,    607,     608,
+                                   640,  641,   1087,  2049,   3212,    3213,
+                                   3214, 12345, 65599, 100003, 1 << 20, (1 << 21) + 1};
   for (const Window<double>& portable_window : portable_windows) {
     const Window<double>* window = nullptr;
     for (const Window<double>& w : Windows<double>()) {

@@ -140,8 +140,8 @@ ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n
   constexpr std::ptrdiff_t kLanes = VF64::kLanes;
   static_assert(kSumBlock % (2 * kLanes) == 0);
   const VF64 lanes = Load(kLaneIndices);
-  constexpr std::ptrdiff_t kBegin = Weight::kFirstBlock * kSumBlock;
-  for (std::ptrdiff_t i = 0; i < kBegin; i += 2 * kLanes) {
+  const auto begin = static_cast<std::ptrdiff_t>(weight.begin);
+  for (std::ptrdiff_t i = 0; i < begin; i += 2 * kLanes) {
     const VF64 first = lanes + Broadcast(static_cast<double>(i));
     ApplyTwoMirrored(src, dst, n, i, weight.direct(first),
                      weight.direct(first + Broadcast(static_cast<double>(kLanes))));
@@ -160,7 +160,7 @@ ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n
   alignas(64) double lows[kLanes];
   alignas(64) double cosines[kLanes];
   alignas(64) double sines[kLanes];
-  for (std::ptrdiff_t at = kBegin; at < end; at += kLanes * kSumBlock) {
+  for (std::ptrdiff_t at = begin; at < end; at += kLanes * kSumBlock) {
     const VF64 firsts =
         Min(lanes * Broadcast(static_cast<double>(kSumBlock)) + Broadcast(static_cast<double>(at)),
             last_first);
