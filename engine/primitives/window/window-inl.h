@@ -131,56 +131,85 @@ ZAL_INLINE void ApplySymmetric(const T* src, T* dst, std::ptrdiff_t n, const Wei
   ApplySymmetricFrom(src, dst, n, weight, 0);
 }
 
-// The double Hann and Hamming windows of kSumMinLength elements and more: the first blocks
-// directly, then each block from its anchor and the offsets' terms kept on the stack, and the
-// middle directly again.
+// One register of weights applied at `at` and, lanes reversed, at its mirror.
+template <class T, class V>
+ZAL_INLINE void ApplyMirrored(const T* src, T* dst, std::ptrdiff_t n, std::ptrdiff_t at, V w) {
+  const std::ptrdiff_t back = n - at - V::kLanes;
+  const V front_values = Load(src + at);
+  const V back_values = Load(src + back);
+  Store(dst + at, DefaultNaN(front_values * w));
+  Store(dst + back, DefaultNaN(back_values * Reverse(w)));
+}
+
+// The offsets' terms of the long double raised-cosine windows, and room for kLanes anchors.
+struct AngleSumTerms {
+  alignas(64) double squared_sines[kSumBlock];
+  alignas(64) double double_sines[kSumBlock];
+  alignas(64) double highs[VF64::kLanes];
+  alignas(64) double lows[VF64::kLanes];
+  alignas(64) double cosines[VF64::kLanes];
+  alignas(64) double sines[VF64::kLanes];
+};
+
+// The blocks of kWidth from `from` to `to`, their anchors kLanes at a time; lanes past the last
+// block repeat it, so that every anchor stays inside the half window.
+template <std::ptrdiff_t kWidth, class Weight>
+ZAL_INLINE void ApplyBlocks(const double* src, double* dst, std::ptrdiff_t n, const Weight& weight,
+                            AngleSumTerms& terms, std::ptrdiff_t from, std::ptrdiff_t to) {
+  constexpr std::ptrdiff_t kLanes = VF64::kLanes;
+  static_assert(kWidth % kLanes == 0);
+  const VF64 lanes = Load(kLaneIndices);
+  const VF64 last_first = Broadcast(static_cast<double>(to - kWidth));
+  for (std::ptrdiff_t at = from; at < to; at += kLanes * kWidth) {
+    const VF64 firsts =
+        Min(lanes * Broadcast(static_cast<double>(kWidth)) + Broadcast(static_cast<double>(at)),
+            last_first);
+    const Anchor<VF64> anchors = weight.AnchorAt(firsts);
+    Store(terms.highs, anchors.high);
+    Store(terms.lows, anchors.low);
+    Store(terms.cosines, anchors.cosine);
+    Store(terms.sines, anchors.sine);
+    for (std::ptrdiff_t l = 0; l < kLanes && at + l * kWidth < to; ++l) {
+      const Anchor<VF64> anchor = {Broadcast(terms.highs[l]), Broadcast(terms.lows[l]),
+                                   Broadcast(terms.cosines[l]), Broadcast(terms.sines[l])};
+      const std::ptrdiff_t block = at + l * kWidth;
+      const auto weights_at = [&](std::ptrdiff_t j) {
+        return weight.Sum(anchor, Load(terms.squared_sines + j), Load(terms.double_sines + j));
+      };
+      if constexpr (kWidth >= 2 * kLanes) {
+        ZAL_UNROLL_FULLY
+        for (std::ptrdiff_t j = 0; j < kWidth; j += 2 * kLanes) {
+          ApplyTwoMirrored(src, dst, n, block + j, weights_at(j), weights_at(j + kLanes));
+        }
+      } else {
+        ApplyMirrored(src, dst, n, block, weights_at(0));
+      }
+    }
+  }
+}
+
+// The long double raised-cosine windows (kSumMinLength elements and more): the first weights
+// directly, then each block, narrow ones first, from its anchor and the offsets' terms kept on
+// the stack, and the middle directly again.
 template <class Weight>
 ZAL_INLINE void ApplyByAngleSum(const double* src, double* dst, std::ptrdiff_t n,
                                 const Weight& weight) {
   constexpr std::ptrdiff_t kLanes = VF64::kLanes;
-  static_assert(kSumBlock % (2 * kLanes) == 0);
   const VF64 lanes = Load(kLaneIndices);
-  const auto begin = static_cast<std::ptrdiff_t>(weight.begin);
-  for (std::ptrdiff_t i = 0; i < begin; i += 2 * kLanes) {
-    const VF64 first = lanes + Broadcast(static_cast<double>(i));
-    ApplyTwoMirrored(src, dst, n, i, weight.direct(first),
-                     weight.direct(first + Broadcast(static_cast<double>(kLanes))));
+  const auto fine_begin = static_cast<std::ptrdiff_t>(weight.fine_begin);
+  for (std::ptrdiff_t i = 0; i < fine_begin; i += kLanes) {
+    ApplyMirrored(src, dst, n, i, weight.direct(lanes + Broadcast(static_cast<double>(i))));
   }
-  alignas(64) double squared_sines[kSumBlock];
-  alignas(64) double double_sines[kSumBlock];
+  AngleSumTerms terms;
   for (std::ptrdiff_t j = 0; j < kSumBlock; j += kLanes) {
     const Offset<VF64> offset = weight.OffsetAt(lanes + Broadcast(static_cast<double>(j)));
-    Store(squared_sines + j, offset.squared_sine);
-    Store(double_sines + j, offset.double_sine);
+    Store(terms.squared_sines + j, offset.squared_sine);
+    Store(terms.double_sines + j, offset.double_sine);
   }
+  const auto begin = static_cast<std::ptrdiff_t>(weight.begin);
   const auto end = static_cast<std::ptrdiff_t>(weight.end);
-  // Lanes past the last block repeat it, so that every anchor stays inside the half window.
-  const VF64 last_first = Broadcast(static_cast<double>(end - kSumBlock));
-  alignas(64) double highs[kLanes];
-  alignas(64) double lows[kLanes];
-  alignas(64) double cosines[kLanes];
-  alignas(64) double sines[kLanes];
-  for (std::ptrdiff_t at = begin; at < end; at += kLanes * kSumBlock) {
-    const VF64 firsts =
-        Min(lanes * Broadcast(static_cast<double>(kSumBlock)) + Broadcast(static_cast<double>(at)),
-            last_first);
-    const Anchor<VF64> anchors = weight.AnchorAt(firsts);
-    Store(highs, anchors.high);
-    Store(lows, anchors.low);
-    Store(cosines, anchors.cosine);
-    Store(sines, anchors.sine);
-    for (std::ptrdiff_t l = 0; l < kLanes && at + l * kSumBlock < end; ++l) {
-      const Anchor<VF64> anchor = {Broadcast(highs[l]), Broadcast(lows[l]), Broadcast(cosines[l]),
-                                   Broadcast(sines[l])};
-      const std::ptrdiff_t block = at + l * kSumBlock;
-      for (std::ptrdiff_t j = 0; j < kSumBlock; j += 2 * kLanes) {
-        ApplyTwoMirrored(
-            src, dst, n, block + j,
-            weight.Sum(anchor, Load(squared_sines + j), Load(double_sines + j)),
-            weight.Sum(anchor, Load(squared_sines + j + kLanes), Load(double_sines + j + kLanes)));
-      }
-    }
-  }
+  ApplyBlocks<kFineBlock>(src, dst, n, weight, terms, fine_begin, begin);
+  ApplyBlocks<kSumBlock>(src, dst, n, weight, terms, begin, end);
   ApplySymmetricFrom(src, dst, n, weight.direct, end);
 }
 

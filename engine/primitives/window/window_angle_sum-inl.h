@@ -1,14 +1,15 @@
-// The double Hann and Hamming windows past their first blocks, by the angle sum. With the index
+// The long double raised-cosine windows past their first weights, by the angle sum. With the index
 // m = kB + j, a = pi kB / (N - 1) and b = pi j / (N - 1):
 //   sin^2(a + b) = sin^2 a + cos 2a sin^2 b + sin a cos a sin 2b,
 // so each block needs one evaluation of its anchor a (sin^2 a to twice double precision, cos 2a,
 // sin a cos a) and each offset j one of sin^2 b and sin 2b, shared by every block; a weight is
-// then two products and three sums. The sum's correction stays small against the anchor: from
-// block 4 on it is under 0.36 of the weight near the ends, where its terms are all positive, so
-// the few roundings of its constants and products cost at most about 1.1 ulp of the weight, and
-// half an ulp more for the last sum. Near the centre the correction is under b^2 + b absolutely
-// with b <= pi/16 (lengths from 16 blocks on), and the weight over 1/2. No fused multiply-add:
-// every level gives the portable variant's bits.
+// then two products and three sums. The sum's correction stays small against the anchor: with
+// the anchor at least 4 block widths in, it is under 1 - (4/5)^2 = 0.36 of the weight near the
+// ends, where its terms are all positive, so the few roundings of its constants and products cost
+// at most about 1.1 ulp of the weight, and half an ulp more for the last sum. Near the centre the
+// correction is under b^2 + b absolutely with b <= pi/16 (lengths from 16 blocks on), and the
+// weight over 1/2. No fused multiply-add: every level gives the portable variant's bits.
+//
 // Included inside level translation units and the portable one, where window_weights-inl.h is.
 #pragma once
 
@@ -18,7 +19,10 @@ namespace zal::engine::ZAL_LEVEL {
 namespace {
 
 inline constexpr int kSumBlock = 32;
-// Blocks below this are evaluated directly (their correction would be too large a share).
+// The correction's share is under 0.36 of the weight from the block whose anchor lies 4 block
+// widths in (Blackman: under 0.21, 8 widths in). Blocks of kFineBlock bridge the start: the first
+// 4 (8) fine widths directly, fine blocks up to 4 (8) wide blocks, then wide blocks.
+inline constexpr int kFineBlock = 8;
 inline constexpr int kSumFirstBlock = 4;
 inline constexpr int kBlackmanFirstBlock = 8;
 inline constexpr int kSumMinLength = 18 * kSumBlock + 1;
@@ -42,8 +46,9 @@ struct Offset {
 template <RaisedCosine kKind>
 struct AngleSumWeight {
   PreciseRaisedCosineWeight<kKind> direct;
-  double begin;  // the first index of the blocks, evaluated directly before
-  double end;    // the first index of the middle: blocks stop before the halves meet
+  double fine_begin;  // the first index of the fine blocks, evaluated directly before
+  double begin;       // the first index of the wide blocks
+  double end;         // the first index of the middle: blocks stop before the halves meet
 
   template <class V>
   ZAL_INLINE Anchor<V> AnchorAt(V first) const {
@@ -102,8 +107,9 @@ struct AngleSumWeight {
 
   // One index's weight, as the kernels reach it: the portable variant's way.
   ZAL_INLINE double operator()(double m) const {
-    if (m < begin || m >= end) return direct(m);
-    const double first = std::floor(m / kSumBlock) * kSumBlock;
+    if (m < fine_begin || m >= end) return direct(m);
+    const double width = m < begin ? kFineBlock : kSumBlock;
+    const double first = std::floor(m / width) * width;
     const Offset<double> offset = OffsetAt(m - first);
     return Sum(AnchorAt(first), offset.squared_sine, offset.double_sine);
   }
@@ -117,7 +123,8 @@ template <RaisedCosine kKind>
 AngleSumWeight<kKind> MakeAngleSum(int n, double alpha) {
   int first_block = kKind == RaisedCosine::kBlackman ? kBlackmanFirstBlock : kSumFirstBlock;
   if (kKind == RaisedCosine::kHamming && n - 1 >= 3212) first_block = 0;
-  return {MakePreciseRaisedCosine<kKind>(n, alpha), static_cast<double>(first_block * kSumBlock),
+  return {MakePreciseRaisedCosine<kKind>(n, alpha), static_cast<double>(first_block * kFineBlock),
+          static_cast<double>(first_block * kSumBlock),
           static_cast<double>(n / 2 / kSumBlock * kSumBlock)};
 }
 
