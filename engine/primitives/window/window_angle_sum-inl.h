@@ -46,9 +46,10 @@ struct Offset {
 template <RaisedCosine kKind>
 struct AngleSumWeight {
   PreciseRaisedCosineWeight<kKind> direct;
-  double fine_begin;  // the first index of the fine blocks, evaluated directly before
-  double begin;       // the first index of the wide blocks
-  double end;         // the first index of the middle: blocks stop before the halves meet
+  double fine_begin;     // the first index of the fine blocks, evaluated directly before
+  double begin;          // the first index of the wide blocks
+  double end;            // the first index of the middle: blocks stop before the halves meet
+  double blackman_base;  // 1 + 4 alpha
 
   template <class V>
   ZAL_INLINE Anchor<V> AnchorAt(V first) const {
@@ -88,18 +89,17 @@ struct AngleSumWeight {
     if constexpr (kKind != RaisedCosine::kBlackman) {
       return anchor.high + correction;
     } else {
-      // s^2 (1 + 4 alpha c^2), with s^2 and c^2 = 1 - s^2 as sums of two doubles.
+      // s^2 ((1 + 4 alpha) - 4 alpha s^2), s^2 as a sum of two doubles; 1 + 4 alpha holds the
+      // bracket's cancellation for alpha near -1/4 and is exact there.
       const V s2 = anchor.high + correction;
       const V s2_low = correction - (s2 - anchor.high);
-      const V one = Splat<V>(1.0);
-      const V c2 = one - s2;
-      const V c2_low = ((one - c2) - s2) - s2_low;
-      const V k = Splat<V>(direct.four_alpha);
-      const V kc = k * c2;
-      const V kc_low = ProductRemainder(k, c2, kc) + k * c2_low;
-      const V bracket = one + kc;
-      const V back = bracket - one;
-      const V bracket_low = ((one - (bracket - back)) + (kc - back)) + kc_low;
+      const V base = Splat<V>(blackman_base);
+      const V k = Splat<V>(-direct.four_alpha);
+      const V ks = k * s2;
+      const V ks_low = ProductRemainder(k, s2, ks) + k * s2_low;
+      const V bracket = base + ks;
+      const V back = bracket - base;
+      const V bracket_low = ((base - (bracket - back)) + (ks - back)) + ks_low;
       const V w = s2 * bracket;
       return w + ((ProductRemainder(s2, bracket, w) + s2 * bracket_low) + s2_low * bracket);
     }
@@ -125,7 +125,7 @@ AngleSumWeight<kKind> MakeAngleSum(int n, double alpha) {
   if (kKind == RaisedCosine::kHamming && n - 1 >= 3212) first_block = 0;
   return {MakePreciseRaisedCosine<kKind>(n, alpha), static_cast<double>(first_block * kFineBlock),
           static_cast<double>(first_block * kSumBlock),
-          static_cast<double>(n / 2 / kSumBlock * kSumBlock)};
+          static_cast<double>(n / 2 / kSumBlock * kSumBlock), 1 + 4 * alpha};
 }
 
 }  // namespace
