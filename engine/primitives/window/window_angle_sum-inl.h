@@ -7,7 +7,7 @@
 // the anchor at least 4 block widths in, it is under 1 - (4/5)^2 = 0.36 of the weight near the
 // ends, where its terms are all positive, so the few roundings of its constants and products cost
 // at most about 1.1 ulp of the weight, and half an ulp more for the last sum. Near the centre the
-// correction is under b^2 + b absolutely with b <= pi/16 (lengths from 16 blocks on), and the
+// correction is under b^2 + b absolutely with b <= pi/18 (lengths from 18 blocks on), and the
 // weight over 1/2. No fused multiply-add: every level gives the portable variant's bits.
 //
 // Included inside level translation units and the portable one, where window_weights-inl.h is.
