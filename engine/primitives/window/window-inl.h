@@ -1,8 +1,9 @@
 // The window kernels, written once against the vector layer. A window is symmetric, so each
 // weight is computed once, for the first half, and applied to an element of the front and, lanes
-// reversed, to its mirror at the back. Weights are made on the fly in double (no table, nothing
-// allocated) by the formulas of window_weights-inl.h, which the portable variant evaluates
-// element by element: every level gives its bits.
+// reversed, to its mirror at the back. Weights are made on the fly in double (nothing allocated;
+// the long double windows keep their offsets' terms, half a kilobyte, on the stack) by the formulas
+// of window_weights-inl.h and window_angle_sum-inl.h, which the portable variant evaluates element
+// by element: every level gives its bits.
 // Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <cstddef>

@@ -1,5 +1,6 @@
 // The reference of the window family: one element at a time, each weight from the same double
-// formulas as the kernels (window_weights-inl.h) at the smaller of the index and its mirror.
+// formulas as the kernels (window_weights-inl.h, window_angle_sum-inl.h) at the smaller of the
+// index and its mirror.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
