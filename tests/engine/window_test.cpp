@@ -203,6 +203,53 @@ TEST(Windows, FloatRaisedCosineChainsStayWithinTwoUlpOverLongWindows) {
   }
 }
 
+// The long double raised-cosine windows add a correction to each block's anchor: the worst error
+// over lengths at and past the switch to that method, with the blocks meeting the middle at every
+// phase, for each Blackman alpha; and the portable variant's bits.
+TEST(Windows, DoubleRaisedCosineBlocksStayWithinTwoUlp) {
+  const std::vector<Window<double>> portable_windows = {
+      {"Hann",
+       [](const double* s, double* d, int n, double) { return portable::WindowHannF64(s, d, n); },
+       HannWeight},
+      {"Hamming",
+       [](const double* s, double* d, int n, double) {
+         return portable::WindowHammingF64(s, d, n);
+       },
+       HammingWeight},
+      {"Blackman", portable::WindowBlackmanF64, BlackmanWeight},
+  };
+  constexpr int kBlockLengths[] = {575,  576,   577,   578,    607,     608,
+                                   640,  641,   1087,  2049,   3212,    3213,
+                                   3214, 12345, 65599, 100003, 1 << 20, (1 << 21) + 1};
+  for (const Window<double>& portable_window : portable_windows) {
+    const Window<double>* window = nullptr;
+    for (const Window<double>& w : Windows<double>()) {
+      if (std::strcmp(w.name, portable_window.name) == 0) window = &w;
+    }
+    ASSERT_NE(window, nullptr);
+    double worst = 0;
+    for (int n : kBlockLengths) {
+      const std::vector<double> ones(n, 1.0);
+      std::vector<double> weights(n);
+      std::vector<double> reference(n);
+      for (double alpha : ParametersOf<double>(window->name, n)) {
+        ASSERT_EQ(window->apply(ones.data(), weights.data(), n, alpha), engStsNoErr) << n;
+        ASSERT_EQ(portable_window.apply(ones.data(), reference.data(), n, alpha), engStsNoErr);
+        ASSERT_EQ(std::memcmp(weights.data(), reference.data(), n * sizeof(double)), 0)
+            << window->name << " n " << n << " alpha " << alpha;
+        for (int i = 0; i <= n / 2; ++i) {
+          const double distance = UlpDistance(weights[i], window->weight(i, n - 1.0L, alpha));
+          worst = std::max(worst, distance);
+          ASSERT_LE(distance, 2.0)
+              << window->name << " n " << n << " alpha " << alpha << " at " << i;
+          ASSERT_EQ(weights[i], weights[n - 1 - i]) << window->name << " n " << n << " at " << i;
+        }
+      }
+    }
+    std::printf("%-9s double, long windows: worst %.3f ulp\n", window->name, worst);
+  }
+}
+
 // The weights a user can check by hand, applied to ones.
 TEST(Windows, ValuesByHand) {
   struct Case {

@@ -1,6 +1,7 @@
 // The window entry points, the same for the level kernels and the portable variant: each includer
 // defines its own ApplySymmetric, which applies a weight formula to the whole vector, and
-// ApplyByRecurrence, which walks the float raised-cosine windows' chains.
+// ApplyByRecurrence, which walks the float raised-cosine windows' chains, and ApplyByAngleSum,
+// which walks the long double raised-cosine windows block by block.
 // Included inside namespace zal::engine::ZAL_LEVEL, after both.
 
 namespace {
@@ -11,6 +12,8 @@ ZAL_INLINE EngStatus RaisedCosineWindow(const T* src, T* dst, int n, double alph
   if (n < 3) return engStsSizeErr;
   if constexpr (sizeof(T) == 4) {
     ApplyByRecurrence(src, dst, n, MakeRaisedCosineRecurrence<kKind>(n, alpha));
+  } else if (n >= kSumMinLength) {
+    ApplyByAngleSum(src, dst, n, MakeAngleSum<kKind>(n, alpha));
   } else {
     ApplySymmetric(src, dst, n, MakePreciseRaisedCosine<kKind>(n, alpha));
   }

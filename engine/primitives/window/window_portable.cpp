@@ -1,8 +1,11 @@
 // The reference of the window family: one element at a time, each weight from the same double
-// formulas as the kernels (window_weights-inl.h) at the smaller of the index and its mirror.
+// formulas as the kernels (window_weights-inl.h, window_angle_sum-inl.h) at the smaller of the
+// index and its mirror.
 #define ZAL_LEVEL portable
 #define ZAL_LEVEL_INDEX 0
 #include "engine/simd/level_check-inl.h"
+
+#include <cmath>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/argument_check-inl.h"
@@ -22,9 +25,13 @@ inline bool LessEqual(double a, double b) {
 inline double Select(bool m, double a, double b) {
   return m ? a : b;
 }
+inline double Sqrt(double x) {
+  return std::sqrt(x);
+}
 }  // namespace
 }  // namespace zal::engine::portable
 
+#include "engine/primitives/window/window_angle_sum-inl.h"
 #include "engine/primitives/window/window_weights-inl.h"
 
 namespace zal::engine::portable {
@@ -37,6 +44,11 @@ void ApplySymmetric(const T* src, T* dst, int n, const Weight& weight) {
     dst[i] =
         DefaultNaN(src[i] * static_cast<T>(weight(static_cast<double>(i < mirror ? i : mirror))));
   }
+}
+
+template <class Weight>
+void ApplyByAngleSum(const double* src, double* dst, int n, const Weight& weight) {
+  ApplySymmetric(src, dst, n, weight);
 }
 
 template <class Recurrence>

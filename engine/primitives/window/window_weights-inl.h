@@ -8,6 +8,12 @@
 #include <cmath>
 #include <type_traits>
 
+// The level kernels unroll loops over register arrays (vec_fft-inl.h); the portable variant's
+// arrays hold one double each.
+#ifndef ZAL_UNROLL_FULLY
+#define ZAL_UNROLL_FULLY
+#endif
+
 namespace zal::engine::ZAL_LEVEL {
 namespace {
 
@@ -212,8 +218,17 @@ struct PreciseRaisedCosineWeight {
   double half_last;   // (N - 1) / 2
   double four_alpha;  // Blackman
 
+  // sin^2 and cos^2 of the angle at index n, each as a sum of two doubles.
   template <class V>
-  ZAL_INLINE V operator()(V n) const {
+  struct Squares {
+    V s2;
+    V s2_low;
+    V c2;
+    V c2_low;
+  };
+
+  template <class V>
+  ZAL_INLINE Squares<V> SquaresAt(V n) const {
     const V quarter = Splat<V>(half_last * 0.5);
     const auto near_end = LessEqual(n, quarter);
     const V m = Select(near_end, n, Splat<V>(half_last) - n);
@@ -236,14 +251,18 @@ struct PreciseRaisedCosineWeight {
     const V square_low = ProductRemainder(v_high, v_high, square) + Splat<V>(2.0) * v_high * v_low;
     // sin^2 of the half angle, and its complement cos^2, from whichever v^2 is: each a sum of two
     // doubles until the last operation.
-    const V zero = Splat<V>(0.0);
     const V one = Splat<V>(1.0);
     const V complement = one - square;
     const V complement_low = ((one - complement) - square) - square_low;
-    const V s2 = Select(near_end, square, complement);
-    const V s2_low = Select(near_end, square_low, complement_low);
-    const V c2 = Select(near_end, complement, square);
-    const V c2_low = Select(near_end, complement_low, square_low);
+    return {Select(near_end, square, complement), Select(near_end, square_low, complement_low),
+            Select(near_end, complement, square), Select(near_end, complement_low, square_low)};
+  }
+
+  template <class V>
+  ZAL_INLINE V operator()(V n) const {
+    const auto [s2, s2_low, c2, c2_low] = SquaresAt(n);
+    const V zero = Splat<V>(0.0);
+    const V one = Splat<V>(1.0);
     if constexpr (kKind == RaisedCosine::kHann) {
       return s2 + s2_low;
     } else if constexpr (kKind == RaisedCosine::kHamming) {
@@ -352,44 +371,87 @@ inline constexpr int kBesselTermsMax = static_cast<int>(sizeof kBesselSeries / s
 // rule in y^2, two independent chains of half the length, so that the wait for each product
 // halves; every term is positive, so the split costs no accuracy.
 static_assert(kBesselTermsMax % 2 == 0);
+template <int kCount, class V>
+ZAL_INLINE void BesselI0OfQuarterSquare(const V (&y)[kCount], int terms, V (&sums)[kCount]) {
+  const int pairs = (terms + 1) / 2;
+  V y2[kCount];
+  V even[kCount];
+  V odd[kCount];
+  ZAL_UNROLL_FULLY
+  for (int c = 0; c < kCount; ++c) {
+    y2[c] = y[c] * y[c];
+    even[c] = Splat<V>(kBesselSeries[2 * pairs - 2]);
+    odd[c] = Splat<V>(kBesselSeries[2 * pairs - 1]);
+  }
+  for (int j = pairs - 2; j >= 0; --j) {
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) {
+      even[c] = even[c] * y2[c] + Splat<V>(kBesselSeries[2 * j]);
+      odd[c] = odd[c] * y2[c] + Splat<V>(kBesselSeries[2 * j + 1]);
+    }
+  }
+  ZAL_UNROLL_FULLY
+  for (int c = 0; c < kCount; ++c) sums[c] = even[c] + y[c] * odd[c];
+}
 template <class V>
 ZAL_INLINE V BesselI0OfQuarterSquare(V y, int terms) {
-  const V y2 = y * y;
-  const int pairs = (terms + 1) / 2;
-  V even = Splat<V>(kBesselSeries[2 * pairs - 2]);
-  V odd = Splat<V>(kBesselSeries[2 * pairs - 1]);
-  for (int j = pairs - 2; j >= 0; --j) {
-    even = even * y2 + Splat<V>(kBesselSeries[2 * j]);
-    odd = odd * y2 + Splat<V>(kBesselSeries[2 * j + 1]);
-  }
-  return even + y * odd;
+  V sums[1];
+  BesselI0OfQuarterSquare<1>({y}, terms, sums);
+  return sums[0];
 }
 
 // The same to double precision, for y = y_high + y_low: Horner's rule with each step's rounding
 // errors (exact, from Dekker's product and Knuth's sum) carried along in a second Horner sum, the
 // compensated scheme whose error stays near one rounding however many terms the large arguments
-// need. Plain Horner loses up to 8 ulp at beta = 25.
+// need (plain Horner loses up to 8 ulp at beta = 25). Only the first `compensated` terms need it:
+// the higher ones, summed by plain Horner (a relative error of a few roundings per term, all terms
+// positive), make up under 2^-10 of the sum, so their error costs a tenth of an ulp at most.
 template <class V>
 struct TwoParts {
   V high;
   V low;
 };
-template <class V>
-ZAL_INLINE TwoParts<V> PreciseBesselI0OfQuarterSquare(V y_high, V y_low, int terms) {
-  V sum = Splat<V>(kBesselSeries[terms - 1]);
-  V errors = Splat<V>(0.0);
-  for (int k = terms - 2; k >= 0; --k) {
-    const V product = sum * y_high;
-    const V product_error = ProductRemainder(sum, y_high, product) + sum * y_low;
-    const V coefficient = Splat<V>(kBesselSeries[k]);
-    const V next = product + coefficient;
-    const V back = next - product;
-    const V sum_error = (product - (next - back)) + (coefficient - back);
-    errors = errors * y_high + (product_error + sum_error);
-    sum = next;
+template <int kCount, class V>
+ZAL_INLINE void PreciseBesselI0OfQuarterSquare(const V (&y_high)[kCount], const V (&y_low)[kCount],
+                                               int terms, int compensated,
+                                               TwoParts<V> (&sums)[kCount]) {
+  V sum[kCount];
+  V errors[kCount];
+  ZAL_UNROLL_FULLY
+  for (int c = 0; c < kCount; ++c) {
+    sum[c] = Splat<V>(kBesselSeries[terms - 1]);
+    errors[c] = Splat<V>(0.0);
   }
-  const V high = sum + errors;
-  return {high, errors - (high - sum)};
+  int k = terms - 2;
+  for (; k >= compensated; --k) {
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) sum[c] = sum[c] * y_high[c] + Splat<V>(kBesselSeries[k]);
+  }
+  for (; k >= 0; --k) {
+    const V coefficient = Splat<V>(kBesselSeries[k]);
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) {
+      const V product = sum[c] * y_high[c];
+      const V product_error = ProductRemainder(sum[c], y_high[c], product) + sum[c] * y_low[c];
+      const V next = product + coefficient;
+      const V back = next - product;
+      const V sum_error = (product - (next - back)) + (coefficient - back);
+      errors[c] = errors[c] * y_high[c] + (product_error + sum_error);
+      sum[c] = next;
+    }
+  }
+  ZAL_UNROLL_FULLY
+  for (int c = 0; c < kCount; ++c) {
+    const V high = sum[c] + errors[c];
+    sums[c] = {high, errors[c] - (high - sum[c])};
+  }
+}
+template <class V>
+ZAL_INLINE TwoParts<V> PreciseBesselI0OfQuarterSquare(V y_high, V y_low, int terms,
+                                                      int compensated) {
+  TwoParts<V> sums[1];
+  PreciseBesselI0OfQuarterSquare<1>({y_high}, {y_low}, terms, compensated, sums);
+  return sums[0];
 }
 
 // (a + a_low) / (b + b_low), rounded once but for terms 2^-100 below, given r = 1 / b rounded:
@@ -416,19 +478,45 @@ struct KaiserWeight {
   double normaliser_low;
   double reciprocal;  // 1 / normaliser
   int terms;
+  int compensated;  // kPrecise: the terms summed with their rounding errors
 
   template <class V>
   ZAL_INLINE V operator()(V n) const {
-    const V m = n * (Splat<V>(last) - n);
-    const V y = Splat<V>(quarter_alpha2) * m;
+    V weights[1];
+    Many<1>({n}, weights);
+    return weights[0];
+  }
+
+  // kCount registers' weights, each series step taken for all of them before the next: the
+  // steps of one register depend on each other, those of different registers do not.
+  template <int kCount, class V>
+  ZAL_INLINE void Many(const V (&n)[kCount], V (&weights)[kCount]) const {
+    V y[kCount];
+    V m[kCount];
+    ZAL_UNROLL_FULLY
+    for (int c = 0; c < kCount; ++c) {
+      m[c] = n[c] * (Splat<V>(last) - n[c]);
+      y[c] = Splat<V>(quarter_alpha2) * m[c];
+    }
     if constexpr (kPrecise) {
-      const V y_low =
-          ProductRemainder(Splat<V>(quarter_alpha2), m, y) + Splat<V>(quarter_alpha2_low) * m;
-      return Quotient(PreciseBesselI0OfQuarterSquare(y, y_low, terms), Splat<V>(normaliser),
-                      Splat<V>(normaliser_low), Splat<V>(reciprocal));
+      V y_low[kCount];
+      ZAL_UNROLL_FULLY
+      for (int c = 0; c < kCount; ++c) {
+        y_low[c] = ProductRemainder(Splat<V>(quarter_alpha2), m[c], y[c]) +
+                   Splat<V>(quarter_alpha2_low) * m[c];
+      }
+      TwoParts<V> sums[kCount];
+      PreciseBesselI0OfQuarterSquare(y, y_low, terms, compensated, sums);
+      ZAL_UNROLL_FULLY
+      for (int c = 0; c < kCount; ++c) {
+        weights[c] =
+            Quotient(sums[c], Splat<V>(normaliser), Splat<V>(normaliser_low), Splat<V>(reciprocal));
+      }
     } else {
       // One rounding more than a quotient, far below float's: the centre's 1 - 2^-53 rounds to 1.
-      return BesselI0OfQuarterSquare(y, terms) * Splat<V>(reciprocal);
+      BesselI0OfQuarterSquare(y, terms, weights);
+      ZAL_UNROLL_FULLY
+      for (int c = 0; c < kCount; ++c) weights[c] = weights[c] * Splat<V>(reciprocal);
     }
   }
 };
@@ -445,30 +533,38 @@ KaiserWeight<kPrecise> MakeKaiser(int n, double alpha) {
   const double quarter_alpha2_low = ProductRemainder(alpha, alpha, alpha2) * 0.25;
   const double m = centre * centre;
   const double y = quarter_alpha2 * m;
-  double term = 1;
+  double series[kBesselTermsMax] = {1};
   double sum = 1;
   int terms = kBesselTermsMax;
   for (int k = 1; k < kBesselTermsMax; ++k) {
-    term *= y / (k * k);
-    sum += term;
-    if (term < (kPrecise ? 0x1p-56 : 0x1p-32) * sum) {
+    series[k] = series[k - 1] * (y / (k * k));
+    sum += series[k];
+    if (series[k] < (kPrecise ? 0x1p-56 : 0x1p-32) * sum) {
       terms = k + 1;
       break;
     }
   }
+  // The largest argument has the heaviest tail; a NaN keeps every term compensated.
+  int compensated = terms;
+  for (double tail = 0; compensated > 1; --compensated) {
+    tail += series[compensated - 1];
+    if (!(tail < 0x1p-10 * sum)) break;
+  }
   if constexpr (kPrecise) {
     const double y_low = ProductRemainder(quarter_alpha2, m, y) + quarter_alpha2_low * m;
-    const TwoParts<double> normaliser = PreciseBesselI0OfQuarterSquare(y, y_low, terms);
+    const TwoParts<double> normaliser =
+        PreciseBesselI0OfQuarterSquare(y, y_low, terms, compensated);
     return {last,
             quarter_alpha2,
             quarter_alpha2_low,
             normaliser.high,
             normaliser.low,
             1 / normaliser.high,
-            terms};
+            terms,
+            compensated};
   } else {
     const double normaliser = BesselI0OfQuarterSquare(y, terms);
-    return {last, quarter_alpha2, 0, normaliser, 0, 1 / normaliser, terms};
+    return {last, quarter_alpha2, 0, normaliser, 0, 1 / normaliser, terms, terms};
   }
 }
 
