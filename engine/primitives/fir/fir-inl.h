@@ -16,6 +16,7 @@
 // Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -66,6 +67,61 @@ ZAL_INLINE float OneOutput(const Tables& t, const float* b) {
   }
   for (int k = 0; m < t.taps; ++m, ++k) c[k] = ScalarMulAdd(g[m], b[m], c[k]);
   return (c[0] + c[2]) + (c[1] + c[3]);
+}
+
+// The four chains as the four lanes of one 128-bit register: lane k sums the terms m = k mod 4
+// in increasing m, fused where the level fuses, so each lane is the block path's chain k.
+ZAL_INLINE __m128 ChainStep(__m128 g, __m128 b, __m128 chains) {
+#if ZAL_LEVEL_INDEX >= 4
+  return _mm_fmadd_ps(g, b, chains);
+#else
+  return _mm_add_ps(_mm_mul_ps(g, b), chains);
+#endif
+}
+
+// The last group of four terms, from m = 4 floor((taps - 1) / 4) on: the history samples left,
+// then x, then zeros (the reversed taps are zero past taps, so those lanes add +0). A null
+// history is silence.
+ZAL_INLINE __m128 LastGroup(const float* dly, std::ptrdiff_t taps, float x) {
+  const std::ptrdiff_t held = (taps - 1) % 4;
+  const __m128 only_x = _mm_set_ss(x);
+  if (held == 0) return only_x;
+  if (!dly) {
+    if (held == 1) return _mm_castsi128_ps(_mm_slli_si128(_mm_castps_si128(only_x), 4));
+    if (held == 2) return _mm_castsi128_ps(_mm_slli_si128(_mm_castps_si128(only_x), 8));
+    return _mm_castsi128_ps(_mm_slli_si128(_mm_castps_si128(only_x), 12));
+  }
+  if (taps >= 5) {
+    // The four terms that end at x, then shifted down to the group's start.
+    const __m128 before = _mm_loadu_ps(dly + taps - 5);
+    const __m128 x_first = _mm_move_ss(before, only_x);
+    const __m128i ending = _mm_castps_si128(_mm_shuffle_ps(x_first, x_first, 0x39));
+    if (held == 1) return _mm_castsi128_ps(_mm_srli_si128(ending, 8));
+    if (held == 2) return _mm_castsi128_ps(_mm_srli_si128(ending, 4));
+    return _mm_castsi128_ps(ending);
+  }
+  if (held == 1) return _mm_setr_ps(dly[0], x, 0.0f, 0.0f);
+  if (held == 2) return _mm_setr_ps(dly[0], dly[1], x, 0.0f);
+  return _mm_setr_ps(dly[0], dly[1], dly[2], x);
+}
+
+// The output of x after the history dly (taps - 1 samples, or silence when null): taps / 4
+// dependent steps of one register, summed as (c0 + c2) + (c1 + c3) like every other path.
+ZAL_INLINE float FirstOutput(const float* g, std::ptrdiff_t taps, const float* dly, float x) {
+  const std::ptrdiff_t whole = (taps - 1) / 4 * 4;
+  __m128 chains = _mm_setzero_ps();
+  if (dly) {
+    for (std::ptrdiff_t m = 0; m < whole; m += 4) {
+      chains = ChainStep(_mm_loadu_ps(g + m), _mm_loadu_ps(dly + m), chains);
+    }
+  } else {
+    for (std::ptrdiff_t m = 0; m < whole; m += 4) {
+      chains = ChainStep(_mm_loadu_ps(g + m), _mm_setzero_ps(), chains);
+    }
+  }
+  chains = ChainStep(_mm_loadu_ps(g + whole), LastGroup(dly, taps, x), chains);
+  const __m128 pairs = _mm_add_ps(chains, _mm_movehl_ps(chains, chains));
+  return _mm_cvtss_f32(_mm_add_ss(pairs, _mm_shuffle_ps(pairs, pairs, 1)));
 }
 
 // Row j of the table into the four accumulators k = j mod 4 of R output registers.
@@ -209,13 +265,14 @@ ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src
 }
 
 // A block of at most kShortBlock samples. The inputs are read before anything is written, so
-// src may be dst.
-void FilterShort(const Tables& t, const float* src, float* dst, int n, const float* dly_src,
+// src may be dst. Kept out of FIRF32 like FilterLong, so that a lone output pays for no frame.
+ZAL_NOINLINE void FilterShort(const Tables& t, const float* src, float* dst, int n, const float* dly_src,
                  float* dly_dst) {
   float in[kShortBlock];
   float out[kShortBlock];
   for (int p = 0; p < n; ++p) in[p] = src[p];
-  for (int p = 0; p < n; ++p) out[p] = ShortOutput(t, dly_src, in, p);
+  out[0] = FirstOutput(t.reversed, t.taps, dly_src, in[0]);
+  for (int p = 1; p < n; ++p) out[p] = ShortOutput(t, dly_src, in, p);
   if (dly_dst) {
     const std::ptrdiff_t history = t.taps - 1;
     const std::ptrdiff_t kept = history > n ? history - n : 0;
@@ -250,6 +307,13 @@ ZAL_NOINLINE void FilterLong(const Tables& t, const float* src, float* dst, int 
     done += chunk;
   }
   if (dly_dst) std::memmove(dly_dst, line, history * sizeof(float));
+}
+
+// One field of the header where it lies, without copying the whole header through the stack.
+ZAL_INLINE std::int32_t HeaderField(const unsigned char* spec, std::size_t offset) {
+  std::int32_t field;
+  std::memcpy(&field, spec + offset, sizeof field);
+  return field;
 }
 
 Tables TablesOf(const unsigned char* spec) {
@@ -292,6 +356,8 @@ EngStatus FIRInitF32(const float* taps, int taps_len, int algorithm, unsigned ch
   }
   float* g = floats + reversed;
   for (std::ptrdiff_t m = 0; m < n; ++m) g[m] = taps[n - 1 - m];
+  // The one-output path reads the reversed taps in groups of four, past taps as zeros.
+  for (std::ptrdiff_t m = n; m < table - reversed; ++m) g[m] = 0.0f;
   float* rows_out = floats + table;
   for (std::ptrdiff_t j = 0; j < rows; ++j) {
     for (std::ptrdiff_t i = 0; i < kLanes; ++i) {
@@ -306,9 +372,14 @@ EngStatus FIRF32(const float* src, float* dst, int n, const unsigned char* spec,
                  const float* dly_src, float* dly_dst, unsigned char* work) {
   if (!src || !dst || !spec || !work) return engStsNullPtrErr;
   if (n <= 0) return engStsSizeErr;
-  FIRSpecHeader header;
-  std::memcpy(&header, spec, sizeof header);
-  if (header.lanes != kLanes) return engStsContextMatchErr;
+  if (HeaderField(spec, offsetof(FIRSpecHeader, lanes)) != kLanes) return engStsContextMatchErr;
+  if (n == 1 && !dly_dst) {
+    // The lone output of the single-sample filter, which leaves the history as it is.
+    const auto* g =
+        reinterpret_cast<const float*>(spec) + HeaderField(spec, offsetof(FIRSpecHeader, reversed));
+    *dst = FirstOutput(g, HeaderField(spec, offsetof(FIRSpecHeader, taps_len)), dly_src, *src);
+    return engStsNoErr;
+  }
   const Tables t = TablesOf(spec);
   if (n <= kShortBlock) {
     FilterShort(t, src, dst, n, dly_src, dly_dst);
