@@ -218,6 +218,33 @@ TEST(Fir, EveryLevelGivesOneSampleTheBitsOfALongBlock) {
   }
 }
 
+// The other way round, at the fused levels too: every output of a block (full register blocks,
+// every count of registers left over, the outputs after them) is the lone output of its history,
+// a path that shares nothing with the block's tables but the order of the sums.
+TEST(Fir, EveryLevelGivesEachOutputOfABlockTheBitsOfALoneOutput) {
+  for (const int level : harness::LevelsUnderTest()) {
+    const Kernels k = At(level);
+    for (const int taps : {1, 2, 5, 16, 17, 63, 64, 65, 130}) {
+      const auto h = Random(taps, 500 + taps);
+      Prepared p = Prepare(k, h);
+      const auto spec = AlignedSpec(p.spec);
+      for (int n = 5; n <= 200; n += 3) {
+        const auto line = Random(taps - 1 + n, 600u * taps + n);
+        std::vector<float> block(n);
+        ASSERT_EQ(k.filter(line.data() + taps - 1, block.data(), n, spec, line.data(), nullptr,
+                           p.work.data()),
+                  engStsNoErr);
+        for (int i = 0; i < n; ++i) {
+          float one = 0.0f;
+          k.filter(&line[taps - 1 + i], &one, 1, spec, line.data() + i, nullptr, p.work.data());
+          ASSERT_TRUE(SameBits(one, block[i]))
+              << "level " << level << " taps " << taps << " n " << n << " output " << i;
+        }
+      }
+    }
+  }
+}
+
 TEST(Fir, EveryLevelRefusesBadArgumentsAndWritesNothing) {
   for (const int level : harness::LevelsUnderTest()) {
     const Kernels k = At(level);

@@ -8,6 +8,12 @@
 // accumulator as it is, and a line with an infinite or NaN input masks those broadcasts, so that
 // a zero tap never meets it. Blocks of up to four samples read the delay line and src directly.
 //
+// Each row costs one load and R broadcasts for R fused multiply-adds, so loads, not the
+// multiply-add units, bound the block: the broadcasts of the first registers are in-lane permutes
+// of four inputs loaded once per four rows instead. Their number is set by what else the shuffle
+// unit runs: at 512 bits it also runs the second multiply-add on some processors, so one
+// register there; at 256 bits and below no multiply-add shares it.
+//
 // Each output is four chains, m = 0, 1, 2, 3 mod 4, each summed in increasing m, then combined as
 // (c0 + c2) + (c1 + c3). Lane i's accumulator k holds chain (k - i) mod 4, and that combination
 // is the same for every rotation of the chains, so an output's bits do not depend on its lane,
@@ -29,8 +35,11 @@ namespace {
 
 constexpr int kLanes = VF32::kLanes;
 // Output registers per pass: each keeps four accumulators, within the register file (32
-// registers at avx512, 16 below).
-constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 6 : 2;
+// registers at avx512, 16 below, where three registers' twelve leave the row, two quads and a
+// broadcast).
+constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 6 : 3;
+// Output registers whose broadcasts are permuted out of a quad of inputs rather than loaded.
+constexpr int kPermuted = ZAL_LEVEL_INDEX >= 5 ? 1 : 2;
 
 // Table rows: taps + lanes - 1, rounded up to a multiple of 4.
 constexpr std::ptrdiff_t RowCount(std::ptrdiff_t taps) {
@@ -140,20 +149,88 @@ ZAL_INLINE void Row(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptr
   }
 }
 
+// b[0, 4) in every 128-bit lane of a register.
+ZAL_INLINE VF32 Quad(const float* b) {
+#if ZAL_LEVEL_INDEX >= 5
+  return {_mm512_maskz_broadcast_f32x4(0xFFFF, _mm_loadu_ps(b))};
+#elif ZAL_LEVEL_INDEX >= 3
+  return {_mm256_broadcast_ps(reinterpret_cast<const __m128*>(b))};
+#else
+  return {_mm_loadu_ps(b)};
+#endif
+}
+
+// Element e of a quad across the register: a broadcast by an in-lane permute, not a load.
+template <int e>
+ZAL_INLINE VF32 Splat(VF32 quad) {
+  constexpr int kPick = e * 0x55;
+#if ZAL_LEVEL_INDEX >= 5
+  return {_mm512_shuffle_ps(quad.raw, quad.raw, kPick)};
+#elif ZAL_LEVEL_INDEX >= 3
+  return {_mm256_permute_ps(quad.raw, kPick)};
+#else
+  return {_mm_shuffle_ps(quad.raw, quad.raw, kPick)};
+#endif
+}
+
+// Register r's input of row j + k: permuted out of its quad, or loaded.
+template <int k, std::size_t r, int P>
+ZAL_INLINE VF32 Input(const VF32 (&quads)[P], const float* b, std::ptrdiff_t j) {
+  if constexpr (r < static_cast<std::size_t>(P)) {
+    return Splat<k>(quads[r]);
+  } else {
+    return Broadcast(b[j + k + static_cast<std::ptrdiff_t>(r) * kLanes]);
+  }
+}
+
+// Row j + k of the unmasked rows j .. j + 3 (j a multiple of 4), the first P registers' inputs
+// permuted out of one quad each.
+template <int R, int k, int P, std::size_t... r>
+ZAL_INLINE void QuadRow(VF32 (&acc)[R][4], const VF32 (&quads)[P], const Tables& t,
+                        const float* b, std::ptrdiff_t j, std::index_sequence<r...>) {
+  const VF32 row = Load(t.table + (j + k) * kLanes);
+  ((acc[r][k] = MulAdd(Input<k, r>(quads, b, j), row, acc[r][k])), ...);
+}
+
 // Rows [j, end), j a multiple of 4.
 template <int R, bool kMasked>
 ZAL_INLINE void Rows(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptrdiff_t j,
                      std::ptrdiff_t end) {
   constexpr auto kRegisters = std::make_index_sequence<R>{};
   for (; j + 4 <= end; j += 4) {
-    Row<R, 0, kMasked>(acc, t, b, j, kRegisters);
-    Row<R, 1, kMasked>(acc, t, b, j + 1, kRegisters);
-    Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
-    Row<R, 3, kMasked>(acc, t, b, j + 3, kRegisters);
+    if constexpr (!kMasked) {
+      // Only the inputs the rows' broadcasts would read: no quad for a register not in the block.
+      constexpr int kQuads = R < kPermuted ? R : kPermuted;
+      VF32 quads[kQuads];
+      for (int r = 0; r < kQuads; ++r) quads[r] = Quad(b + j + r * kLanes);
+      QuadRow<R, 0>(acc, quads, t, b, j, kRegisters);
+      QuadRow<R, 1>(acc, quads, t, b, j, kRegisters);
+      QuadRow<R, 2>(acc, quads, t, b, j, kRegisters);
+      QuadRow<R, 3>(acc, quads, t, b, j, kRegisters);
+    } else {
+      Row<R, 0, kMasked>(acc, t, b, j, kRegisters);
+      Row<R, 1, kMasked>(acc, t, b, j + 1, kRegisters);
+      Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
+      Row<R, 3, kMasked>(acc, t, b, j + 3, kRegisters);
+    }
   }
   if (j < end) Row<R, 0, kMasked>(acc, t, b, j, kRegisters);
   if (j + 1 < end) Row<R, 1, kMasked>(acc, t, b, j + 1, kRegisters);
   if (j + 2 < end) Row<R, 2, kMasked>(acc, t, b, j + 2, kRegisters);
+}
+
+// Element by element: a loop over the array is compiled to a fill through memory.
+template <int R, std::size_t... r>
+ZAL_INLINE void Clear(VF32 (&acc)[R][4], std::index_sequence<r...>) {
+  const VF32 zero = Broadcast(0.0f);
+  ((acc[r][0] = zero, acc[r][1] = zero, acc[r][2] = zero, acc[r][3] = zero), ...);
+}
+
+// Each register's chains combined and stored, register by register as the fold unrolls: a loop
+// here sends the accumulators through the stack.
+template <int R, std::size_t... r>
+ZAL_INLINE void Finish(const VF32 (&acc)[R][4], float* out, std::index_sequence<r...>) {
+  (Store(out + r * kLanes, (acc[r][0] + acc[r][2]) + (acc[r][1] + acc[r][3])), ...);
 }
 
 // R registers of outputs starting at b. Unmasked, the lanes outside the taps add 0 times a
@@ -161,9 +238,7 @@ ZAL_INLINE void Rows(VF32 (&acc)[R][4], const Tables& t, const float* b, std::pt
 template <int R, bool kMasked>
 ZAL_INLINE void Outputs(const Tables& t, const float* b, float* out) {
   VF32 acc[R][4];
-  for (auto& chains : acc) {
-    for (auto& chain : chains) chain = Broadcast(0.0f);
-  }
+  Clear(acc, std::make_index_sequence<R>{});
   // The rows run on to a multiple of 4 (zero rows past taps + lanes - 1), so that each region
   // is whole groups of four and the accumulators stay in registers.
   const std::ptrdiff_t end = RowCount(t.taps);
@@ -179,15 +254,28 @@ ZAL_INLINE void Outputs(const Tables& t, const float* b, float* out) {
   } else {
     Rows<R, false>(acc, t, b, 0, end);
   }
-  for (int r = 0; r < R; ++r) {
-    Store(out + r * kLanes, (acc[r][0] + acc[r][2]) + (acc[r][1] + acc[r][3]));
-  }
+  Finish(acc, out, std::make_index_sequence<R>{});
 }
 
 // Whether b[0, n) holds only finite values: x - x is 0 for them and NaN for the others.
 ZAL_INLINE bool AllFinite(const float* b, std::ptrdiff_t n) {
+  // Four sums, so that the pass is not one chain of dependent additions.
   VF32 sum = Broadcast(0.0f);
+  VF32 sum1 = sum;
+  VF32 sum2 = sum;
+  VF32 sum3 = sum;
   std::ptrdiff_t i = 0;
+  for (; i + 4 * kLanes <= n; i += 4 * kLanes) {
+    const VF32 x0 = Load(b + i);
+    const VF32 x1 = Load(b + i + kLanes);
+    const VF32 x2 = Load(b + i + 2 * kLanes);
+    const VF32 x3 = Load(b + i + 3 * kLanes);
+    sum = sum + (x0 - x0);
+    sum1 = sum1 + (x1 - x1);
+    sum2 = sum2 + (x2 - x2);
+    sum3 = sum3 + (x3 - x3);
+  }
+  sum = (sum + sum1) + (sum2 + sum3);
   for (; i + kLanes <= n; i += kLanes) {
     const VF32 x = Load(b + i);
     sum = sum + (x - x);
@@ -199,6 +287,20 @@ ZAL_INLINE bool AllFinite(const float* b, std::ptrdiff_t n) {
   return !AnyLane(Unordered(sum, sum));
 }
 
+// The registers left after the full blocks, as one block of that many: a lone register's four
+// chains would keep the fused multiply-add units half idle.
+template <int R, bool kMasked>
+ZAL_INLINE void FewerRegisters(const Tables& t, const float* b, float* out,
+                               std::ptrdiff_t registers) {
+  if constexpr (R >= 1) {
+    if (registers == R) {
+      Outputs<R, kMasked>(t, b, out);
+    } else {
+      FewerRegisters<R - 1, kMasked>(t, b, out, registers);
+    }
+  }
+}
+
 // out[p] = sum over m of g[m] b[p + m] for p < count; reads b[0, count + taps - 1) and up to
 // kFIRLineSlack zeros after it.
 template <bool kMasked>
@@ -207,7 +309,9 @@ void FilterRangeAs(const Tables& t, const float* b, float* out, std::ptrdiff_t c
   for (; p + kBlock * kLanes <= count; p += kBlock * kLanes) {
     Outputs<kBlock, kMasked>(t, b + p, out + p);
   }
-  for (; p + kLanes <= count; p += kLanes) Outputs<1, kMasked>(t, b + p, out + p);
+  const std::ptrdiff_t registers = (count - p) / kLanes;
+  FewerRegisters<kBlock - 1, kMasked>(t, b + p, out + p, registers);
+  p += registers * kLanes;
   for (; p < count; ++p) out[p] = OneOutput(t, b + p);
 }
 
