@@ -83,7 +83,9 @@ void OursAt(benchmark::State& state, int level) {
   Count(state, taps);
 }
 
-void Ours(benchmark::State& state) { OursAt(state, NaturalLevel()); }
+void Ours(benchmark::State& state) {
+  OursAt(state, NaturalLevel());
+}
 
 // One dot product per output over a line that keeps the history before the block.
 void Volk(benchmark::State& state) {

@@ -186,8 +186,8 @@ ZAL_INLINE VF32 Input(const VF32 (&quads)[P], const float* b, std::ptrdiff_t j) 
 // Row j + k of the unmasked rows j .. j + 3 (j a multiple of 4), the first P registers' inputs
 // permuted out of one quad each.
 template <int R, int k, int P, std::size_t... r>
-ZAL_INLINE void QuadRow(VF32 (&acc)[R][4], const VF32 (&quads)[P], const Tables& t,
-                        const float* b, std::ptrdiff_t j, std::index_sequence<r...>) {
+ZAL_INLINE void QuadRow(VF32 (&acc)[R][4], const VF32 (&quads)[P], const Tables& t, const float* b,
+                        std::ptrdiff_t j, std::index_sequence<r...>) {
   const VF32 row = Load(t.table + (j + k) * kLanes);
   ((acc[r][k] = MulAdd(Input<k, r>(quads, b, j), row, acc[r][k])), ...);
 }
@@ -370,8 +370,8 @@ ZAL_INLINE float ShortOutput(const Tables& t, const float* dly, const float* src
 
 // A block of at most kShortBlock samples. The inputs are read before anything is written, so
 // src may be dst. Kept out of FIRF32 like FilterLong, so that a lone output pays for no frame.
-ZAL_NOINLINE void FilterShort(const Tables& t, const float* src, float* dst, int n, const float* dly_src,
-                 float* dly_dst) {
+ZAL_NOINLINE void FilterShort(const Tables& t, const float* src, float* dst, int n,
+                              const float* dly_src, float* dly_dst) {
   float in[kShortBlock];
   float out[kShortBlock];
   for (int p = 0; p < n; ++p) in[p] = src[p];
