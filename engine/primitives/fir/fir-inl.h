@@ -35,8 +35,8 @@ namespace {
 
 constexpr int kLanes = VF32::kLanes;
 // Output registers per pass: each keeps four accumulators, within the register file (32
-// registers at avx512, 16 below, where three registers' twelve leave the row, two quads and a
-// broadcast).
+// registers at avx512; 16 below, where three registers' twelve accumulators leave room for the
+// row, two quads and a broadcast).
 constexpr int kBlock = ZAL_LEVEL_INDEX >= 5 ? 6 : 3;
 // Output registers whose broadcasts are permuted out of a quad of inputs rather than loaded.
 constexpr int kPermuted = ZAL_LEVEL_INDEX >= 5 ? 1 : 2;
@@ -149,7 +149,9 @@ ZAL_INLINE void Row(VF32 (&acc)[R][4], const Tables& t, const float* b, std::ptr
   }
 }
 
-// b[0, 4) in every 128-bit lane of a register.
+// b[0, 4) in every 128-bit lane of a register. At 512 bits a zero-masked broadcast and a
+// two-source shuffle (below) stand in for the plain broadcast and the one-source permute, whose
+// intrinsics trip GCC's maybe-uninitialized warning; they cost the same.
 ZAL_INLINE VF32 Quad(const float* b) {
 #if ZAL_LEVEL_INDEX >= 5
   return {_mm512_maskz_broadcast_f32x4(0xFFFF, _mm_loadu_ps(b))};
