@@ -1,7 +1,8 @@
 // The block FIR against its peers on 1 Ki-sample blocks: VOLK's dot product once per output (what
 // its users write) and liquid-dsp's firfilt_rrrf; the single-sample FIR; and the machine's fused
 // multiply-add peak, measured in the same run, which bench/compare turns into a share of peak.
-// Items are output samples; the flop count is 2 taps per sample.
+// Items are output samples; the flop count is 2 taps per sample. Ours also runs at each level this
+// processor has (level/<name>/taps:N), for the processors whose widest level is not the best.
 #include <benchmark/benchmark.h>
 #include <liquid/liquid.h>
 #include <volk/volk.h>
@@ -12,6 +13,8 @@
 #include <vector>
 
 #include "bench/fir_peak.h"
+#include "engine/core/level.h"
+#include "zalaccelerate/core.h"
 #include "zalaccelerate/filter.h"
 
 namespace zal::bench::fir {
@@ -35,7 +38,36 @@ void Count(benchmark::State& state, int taps) {
       benchmark::Counter(static_cast<double>(samples) * 2 * taps, benchmark::Counter::kIsRate);
 }
 
-void Ours(benchmark::State& state) {
+// The level of first-call dispatch, which the benchmarks of ours at other levels move away from.
+int NaturalLevel() {
+  static const int natural = [] {
+    engStartDispatch();
+    return engGetDispatchIndex();
+  }();
+  return natural;
+}
+
+// The dispatch index is process-wide and repetitions interleave: every run of ours sets its level.
+bool SelectLevel(int level) {
+  int selected = level;
+  if (level != NaturalLevel()) {
+    engSelectCpuFeatures(zal::engine::kLevelNeeds[level], &selected);
+  }
+  engSetDispatchIndex(selected);
+  return engGetDispatchIndex() == level;
+}
+
+bool LevelRuns(int level) {
+  std::uint64_t features = 0;
+  engGetCpuFeatures(&features, nullptr);
+  return (features & zal::engine::kLevelNeeds[level]) == zal::engine::kLevelNeeds[level];
+}
+
+void OursAt(benchmark::State& state, int level) {
+  if (!SelectLevel(level)) {
+    state.SkipWithError("the level could not be selected");
+    return;
+  }
   const int taps = static_cast<int>(state.range(0));
   const auto h = Signal(taps, 1);
   const auto x = Signal(kBlock, 2);
@@ -49,6 +81,10 @@ void Ours(benchmark::State& state) {
   }
   filter::FIRFree(fir);
   Count(state, taps);
+}
+
+void Ours(benchmark::State& state) {
+  OursAt(state, NaturalLevel());
 }
 
 // One dot product per output over a line that keeps the history before the block.
@@ -90,6 +126,7 @@ void Liquid(benchmark::State& state) {
 // One call per sample, dispatch included; the inputs come from a signal, not from the previous
 // output (a FIR has no feedback), so calls may overlap as they do in a caller's loop.
 void OursSingle(benchmark::State& state) {
+  SelectLevel(NaturalLevel());
   const int taps = static_cast<int>(state.range(0));
   const auto h = Signal(taps, 1);
   const auto x = Signal(kBlock, 2);
@@ -124,6 +161,14 @@ int main(int argc, char** argv) {
   } contenders[] = {{"ours", Ours}, {"volk", Volk}, {"liquid", Liquid}};
   for (const auto& c : contenders) {
     auto* b = benchmark::RegisterBenchmark((std::string("block/") + c.name).c_str(), c.run);
+    for (int taps : kTapCounts) b->Arg(taps);
+    b->ArgName("taps");
+  }
+  for (int level = 0; level < zal::engine::kLevelCount; ++level) {
+    if (!LevelRuns(level)) continue;
+    auto* b = benchmark::RegisterBenchmark(
+        (std::string("level/") + zal::engine::kLevelNames[level]).c_str(),
+        [level](benchmark::State& state) { OursAt(state, level); });
     for (int taps : kTapCounts) b->Arg(taps);
     b->ArgName("taps");
   }

@@ -59,8 +59,9 @@ namespace filter {
 ZAL_API void FIRInit(FIRState_Float** state, const float* taps, unsigned int tapsLen,
                      const float* dlyLine);
 // One output for input x against the stored delay line, which stays as it is: the filter does
-// not move on, and two calls with the same x return the same value. Stream sample by sample with
-// the block form (len 1) instead, or keep the delay line with FIRSetDlyLine.
+// not move on, and two calls with the same x return the same value; the output has the bits the
+// block form gives x after the same delay line. Stream sample by sample with the block form
+// (len 1) instead, or keep the delay line with FIRSetDlyLine.
 ZAL_API float FIR(FIRState_Float* state, float x);
 // len outputs of src into dst, moving the delay line on: afterwards it holds the stream's last
 // tapsLen - 1 inputs, so consecutive calls equal one long call bit for bit. src may be dst.

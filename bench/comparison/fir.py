@@ -3,7 +3,8 @@ firfilt_rrrf, as a share of the machine's fused multiply-add peak (probed in the
 the single-sample FIR's time per call.
 
 Per tap count: our ns/sample, GFLOP/s (2 flops per tap and sample), % of peak, and each peer's
-time / ours (above 1 we are faster)."""
+time / ours (above 1 we are faster). With --levels, ours at every level this processor runs too,
+as a share of the peak at that level's register width."""
 
 import re
 
@@ -11,22 +12,25 @@ from .common import markdown_table, median_ns, repetitions
 
 BINARIES = ("zal_bench_fir",)
 BLOCK = 1024
-NAME = re.compile(r"^(?P<kind>block|single)/(?P<contender>\w+)/taps:(?P<taps>\d+)$")
+NAME = re.compile(r"^(?P<kind>block|single|level)/(?P<contender>\w+)/taps:(?P<taps>\d+)$")
 PEAK = "peak/probe"
+# Floats per register at each level.
+LEVEL_LANES = {"sse2": 4, "ssse3": 4, "sse42": 4, "avx": 8, "avx2": 8, "avx512": 16}
 
 
 def times(report):
     """ns/sample per kind, tap count and contender; the peak in GFLOP/s."""
-    table = {"block": {}, "single": {}, "peak_gflops": None}
+    table = {"block": {}, "single": {}, "level": {}, "peak_gflops": None, "peak_lanes": None}
     for name, run in repetitions(report).items():
         if name == PEAK:
             entry = run["entry"]
             table["peak_gflops"] = entry["flops"] / 1e9
+            table["peak_lanes"] = entry["lanes"]
             continue
         match = NAME.match(name)
         if not match:
             continue
-        per = BLOCK if match["kind"] == "block" else 1
+        per = 1 if match["kind"] == "single" else BLOCK
         kind = table[match["kind"]].setdefault(int(match["taps"]), {})
         kind[match["contender"]] = median_ns(run) / per
     return table
@@ -45,6 +49,20 @@ def rows(table):
                        "of_peak": gflops / peak if peak else None,
                        "volk_ratio": c["volk"] / ours if c.get("volk") else None,
                        "liquid_ratio": c["liquid"] / ours if c.get("liquid") else None})
+    return result
+
+
+def level_rows(table):
+    """Ours per level and tap count: ns/sample, GFLOP/s and the share of the peak at the level's
+    register width (the probe's peak scaled by lanes)."""
+    result = []
+    peak, peak_lanes = table["peak_gflops"], table["peak_lanes"]
+    for taps in sorted(table["level"]):
+        for level, ns in table["level"][taps].items():
+            gflops = 2 * taps / ns
+            width_peak = peak * LEVEL_LANES[level] / peak_lanes if peak and peak_lanes else None
+            result.append({"taps": taps, "level": level, "ns": ns, "gflops": gflops,
+                           "of_width_peak": gflops / width_peak if width_peak else None})
     return result
 
 
@@ -93,17 +111,35 @@ def markdown(context, table):
     single = table["single"].get(32, {}).get("ours")
     if single is not None:
         lines += ["", f"Single-sample FIR, 32 taps: {single:.1f} ns per call, dispatch included."]
+    by_level = level_rows(table)
+    if by_level:
+        levels = [name for name in LEVEL_LANES if any(r["level"] == name for r in by_level)]
+        cells = {(r["taps"], r["level"]): r for r in by_level}
+        body = []
+        for taps in sorted({r["taps"] for r in by_level}):
+            row = [taps]
+            for name in levels:
+                r = cells.get((taps, name))
+                share = f" ({r['of_width_peak']:.0%})" if r and r["of_width_peak"] else ""
+                row.append(f"{r['gflops']:.1f}{share}" if r else "")
+            body.append(row)
+        lines += ["", "Ours at each level: GFLOP/s (share of the peak at the level's register "
+                  "width):", ""]
+        lines += markdown_table(["taps"] + levels, "r" * (1 + len(levels)), body)
     return lines + [""]
 
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    report = run.report(run.binary(BINARIES[0]))
+    report = run.report(run.binary(BINARIES[0]),
+                        None if options.levels else "^(block|single|peak)/")
     table = times(report)
     if not table["block"]:
         return None
     context = run.context(report)
     targets = check_targets(table)
-    record = {"context": context, "ns_per_sample": {k: table[k] for k in ("block", "single")},
-              "peak_gflops": table["peak_gflops"], "comparison": rows(table), "targets": targets}
+    record = {"context": context,
+              "ns_per_sample": {k: table[k] for k in ("block", "single", "level")},
+              "peak_gflops": table["peak_gflops"], "comparison": rows(table),
+              "levels": level_rows(table), "targets": targets}
     return targets, markdown(context, table), record

@@ -174,6 +174,77 @@ TEST(Fir, EveryLevelGivesOneCallsBitsForAnySplit) {
   }
 }
 
+// Bit for bit, or both NaN (a NaN's payload is not part of the contract).
+bool SameBits(float a, float b) {
+  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+}
+
+// A one-sample block takes its own path; its output must be the one a long block gives for the
+// same history, whatever the tap count's remainder mod 4 and whether the history is given, is
+// silence or holds an infinity (which may reach only its own chain).
+TEST(Fir, EveryLevelGivesOneSampleTheBitsOfALongBlock) {
+  enum class History { kGiven, kSilence, kInfinite };
+  for (const int level : harness::LevelsUnderTest()) {
+    const Kernels k = At(level);
+    for (int taps = 1; taps <= 70; ++taps) {
+      const auto h = Random(taps, 300 + taps);
+      Prepared p = Prepare(k, h);
+      const auto spec = AlignedSpec(p.spec);
+      for (const History kind : {History::kGiven, History::kSilence, History::kInfinite}) {
+        if (kind == History::kInfinite && taps == 1) continue;
+        // The history at an odd offset, so that the one-sample path's loads are unaligned.
+        std::vector<float> cells = Random(taps + 1, 400 + taps);
+        float* history = cells.data() + 1;
+        if (kind == History::kSilence) std::fill(history, history + taps - 1, 0.0f);
+        if (kind == History::kInfinite) history[(taps - 1) / 2] = INFINITY;
+        const float x = 0.375f - static_cast<float>(taps) / 128;
+        float one = 0.0f;
+        ASSERT_EQ(k.filter(&x, &one, 1, spec, kind == History::kSilence ? nullptr : history,
+                           nullptr, p.work.data()),
+                  engStsNoErr);
+        // The block: the history then x, after silence; output taps - 1 is x's.
+        std::vector<float> src(history, history + taps - 1);
+        src.push_back(x);
+        src.resize(src.size() + 8, 0.5f);
+        std::vector<float> block(src.size());
+        ASSERT_EQ(k.filter(src.data(), block.data(), static_cast<int>(src.size()), spec, nullptr,
+                           nullptr, p.work.data()),
+                  engStsNoErr);
+        ASSERT_TRUE(SameBits(one, block[taps - 1]))
+            << "level " << level << " taps " << taps << " history " << static_cast<int>(kind)
+            << ": " << one << " against " << block[taps - 1];
+      }
+    }
+  }
+}
+
+// The other way round, at the fused levels too: every output of a block (full register blocks,
+// every count of registers left over, the outputs after them) is the lone output of its history,
+// a path that shares nothing with the block's tables but the order of the sums.
+TEST(Fir, EveryLevelGivesEachOutputOfABlockTheBitsOfALoneOutput) {
+  for (const int level : harness::LevelsUnderTest()) {
+    const Kernels k = At(level);
+    for (const int taps : {1, 2, 5, 16, 17, 63, 64, 65, 130}) {
+      const auto h = Random(taps, 500 + taps);
+      Prepared p = Prepare(k, h);
+      const auto spec = AlignedSpec(p.spec);
+      for (int n = 5; n <= 200; n += 3) {
+        const auto line = Random(taps - 1 + n, 600u * taps + n);
+        std::vector<float> block(n);
+        ASSERT_EQ(k.filter(line.data() + taps - 1, block.data(), n, spec, line.data(), nullptr,
+                           p.work.data()),
+                  engStsNoErr);
+        for (int i = 0; i < n; ++i) {
+          float one = 0.0f;
+          k.filter(&line[taps - 1 + i], &one, 1, spec, line.data() + i, nullptr, p.work.data());
+          ASSERT_TRUE(SameBits(one, block[i]))
+              << "level " << level << " taps " << taps << " n " << n << " output " << i;
+        }
+      }
+    }
+  }
+}
+
 TEST(Fir, EveryLevelRefusesBadArgumentsAndWritesNothing) {
   for (const int level : harness::LevelsUnderTest()) {
     const Kernels k = At(level);
