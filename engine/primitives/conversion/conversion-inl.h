@@ -498,7 +498,7 @@ ZAL_INLINE EngStatus WithFactor(float factor, Body body) {
 // Whether the 24-bit loads' factor of 256 folds into a factor: where factor / 256 is a normal
 // float (or 0 or infinite), (256 x) (factor / 256) is the real product x factor, so it rounds and
 // flushes as that does.
-ZAL_INLINE bool FoldsInto(float factor) {
+ZAL_INLINE bool AbsorbsLoadShift(float factor) {
   return factor == 0.0f || std::fabs(factor) >= 0x1p-118f;
 }
 
@@ -611,7 +611,7 @@ EngStatus DeinterleaveConvertS24ToF32(const Int24* src, float* const* dst, int c
                                       float factor) {
   // Inlined with each factor rule, rather than behind a generic lambda: a short conversion would
   // spend a tenth of its time reading the arguments back through the closure.
-  if (FoldsInto(factor)) {
+  if (AbsorbsLoadShift(factor)) {
     const CF f = BroadcastLanes(factor * 0x1p-8f);
     return DeinterleaveConverted([f](CS24 x) { return ToFloatTimes256(x) * f; }, src, dst, channels,
                                  frames);
