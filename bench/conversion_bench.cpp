@@ -55,6 +55,7 @@ constexpr std::array<MemberInfo, kMemberCount> kMembers = {{
     {"F64ToF32", Type::kF64, Type::kF32, 0},
     {"DeinterleaveS16x2", Type::kS16, Type::kF32, 2},
     {"DeinterleaveS24x6", Type::kS24, Type::kF32, 6},
+    {"S24ToF32Unscaled", Type::kS24, Type::kF32, 0},
 }};
 
 class Random {

@@ -21,6 +21,8 @@ enum Member {
   kF64ToF32,
   kDeinterleaveS16x2,
   kDeinterleaveS24x6,
+  // int24 to float without a scale: the engine's conversion alone.
+  kS24ToF32Unscaled,
   kMemberCount,
 };
 

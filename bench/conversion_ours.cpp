@@ -43,6 +43,9 @@ Contender OursContender() {
   c.kernels[kS24ToF32] = [](const Buffers& b) {
     u::Convert(b.n, Source<int24_t>(b), Destination<float>(b), kScale24);
   };
+  c.kernels[kS24ToF32Unscaled] = [](const Buffers& b) {
+    u::Convert(b.n, Source<int24_t>(b), Destination<float>(b), 0);
+  };
   c.kernels[kF32ToS24Truncate] = [](const Buffers& b) {
     u::Convert(b.n, Source<float>(b), Destination<int24_t>(b), -kScale24, false);
   };

@@ -67,6 +67,11 @@ Contender PlainLoopsContender() {
     float* dst = Destination<float>(b);
     for (unsigned i = 0; i < b.n; ++i) dst[i] = static_cast<float>(int{src[i]}) * 0x1p-23f;
   };
+  c.kernels[kS24ToF32Unscaled] = [](const Buffers& b) {
+    const int24_t* src = Source<int24_t>(b);
+    float* dst = Destination<float>(b);
+    for (unsigned i = 0; i < b.n; ++i) dst[i] = static_cast<float>(int{src[i]});
+  };
   c.kernels[kF32ToS24Truncate] = [](const Buffers& b) {
     const float* src = Source<float>(b);
     int24_t* dst = Destination<int24_t>(b);

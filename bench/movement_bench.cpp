@@ -24,6 +24,7 @@ using zalcore::utility::int24_t;
 // 4 Ki in the level-1 cache, 4 Mi past the level-2 one, 64 Mi (256 MB of floats) past every
 // cache of the machines we measure on.
 constexpr unsigned kCopySizes[] = {1u << 12, 1u << 22, 1u << 26};
+constexpr unsigned kPastCaches = 1u << 26;
 constexpr unsigned kLayoutSizes[] = {1u << 12, 1u << 18};
 constexpr unsigned kChannelCounts[] = {2, 6, 8};
 
@@ -128,6 +129,16 @@ void CopyFamily() {
       float* dst = Slot<float>(1, n);
       return [n, dst, pattern] { PlainSet(n, dst, pattern); };
     });
+    if (n >= kPastCaches) {
+      Register(Name("Set", "streamed", n), n, 4, [pattern](unsigned n) -> Body {
+        float* dst = Slot<float>(1, n);
+        return [n, dst, pattern] { StreamedSet(n, dst, pattern); };
+      });
+      Register(Name("Set", "string", n), n, 4, [pattern](unsigned n) -> Body {
+        float* dst = Slot<float>(1, n);
+        return [n, dst, pattern] { StringSet(n, dst, pattern); };
+      });
+    }
     Register(Name("Zero", "ours", n), n, 4, [](unsigned n) -> Body {
       float* dst = Slot<float>(1, n);
       return [n, dst] { utility::Zero(n, dst); };

@@ -23,4 +23,9 @@ void PlainDeinterleave(unsigned n, const float* src, float* a, float* b);
 void PlainInterleave(unsigned channels, unsigned frames, const float* const* src, float* dst);
 void PlainDeinterleave(unsigned channels, unsigned frames, const float* src, float* const* dst);
 
+// Fills written the other ways a fill past the caches can be: streaming stores of the widest
+// register this build has, fenced once, and the string store (rep stos of 32-bit words).
+void StreamedSet(unsigned n, float* dst, float value);
+void StringSet(unsigned n, float* dst, float value);
+
 }  // namespace zal::bench

@@ -1,6 +1,11 @@
 // Built with -O3 -march=native: the compiler's best at vectorising each loop for this machine.
 #include "bench/movement_contenders.h"
 
+#include <immintrin.h>
+
+#include <cstdint>
+#include <cstring>
+
 namespace zal::bench {
 
 void PlainCopy(unsigned n, const float* src, float* dst) {
@@ -46,6 +51,29 @@ void PlainDeinterleave(unsigned channels, unsigned frames, const float* src, flo
   for (unsigned f = 0; f < frames; ++f) {
     for (unsigned c = 0; c < channels; ++c) dst[c][f] = src[f * channels + c];
   }
+}
+
+void StreamedSet(unsigned n, float* dst, float value) {
+  unsigned i = 0;
+  for (; i < n && reinterpret_cast<std::uintptr_t>(dst + i) % 64 != 0; ++i) dst[i] = value;
+#if defined(__AVX512F__)
+  const __m512 v = _mm512_set1_ps(value);
+  for (; i + 16 <= n; i += 16) _mm512_stream_ps(dst + i, v);
+#elif defined(__AVX__)
+  const __m256 v = _mm256_set1_ps(value);
+  for (; i + 8 <= n; i += 8) _mm256_stream_ps(dst + i, v);
+#else
+  const __m128 v = _mm_set1_ps(value);
+  for (; i + 4 <= n; i += 4) _mm_stream_ps(dst + i, v);
+#endif
+  _mm_sfence();
+  for (; i < n; ++i) dst[i] = value;
+}
+void StringSet(unsigned n, float* dst, float value) {
+  std::uint32_t bits;
+  std::memcpy(&bits, &value, 4);
+  std::size_t count = n;
+  asm volatile("rep stosl" : "+D"(dst), "+c"(count) : "a"(bits) : "memory");
 }
 
 }  // namespace zal::bench

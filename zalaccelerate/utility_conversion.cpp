@@ -35,6 +35,12 @@ int Int24Rule(bool round) {
 // The float nearest to 2^-scale, as the scaled int24_t conversion multiplies by it: 2^-scale
 // in double precision (exact, as pow(2.0, -scale) gives it, without its cost), narrowed.
 float NearestPowerOfTwo(int scale) {
+  // Within the doubles' reach the power is its bit pattern; beyond it ldexp rounds in the
+  // caller's mode (a library call that costs more than a short conversion).
+  if (scale >= -1023 && scale <= 1022) {
+    return static_cast<float>(
+        std::bit_cast<double>(static_cast<std::uint64_t>(1023 - scale) << 52));
+  }
   const int limited = scale < -2000 ? -2000 : (scale > 2000 ? 2000 : scale);
   return static_cast<float>(std::ldexp(1.0, -limited));
 }

@@ -17,10 +17,11 @@ TARGET_SIZES = (1 << 12, 1 << 22)
 MEMORY_BOUND_SIZE = 1 << 22
 # Members held to at least the best of VOLK and the native loop.
 PEER_MEMBERS = ("S16ToF32", "F32ToS16", "S32ToF32", "F32ToS32", "S24ToF32", "F32ToS24Truncate",
-                "F32ToS24Round", "F16ToF32", "F32ToF16", "F32ToF64", "F64ToF32")
+                "F32ToS24Round", "F16ToF32", "F32ToF16", "F32ToF64", "F64ToF32",
+                "S24ToF32Unscaled")
 # 24-bit members within this factor of their 16-bit counterpart, per sample.
 WIDTH_PAIRS = (("S24ToF32", "S16ToF32"), ("F32ToS24Truncate", "F32ToS16"),
-               ("F32ToS24Round", "F32ToS16"))
+               ("F32ToS24Round", "F32ToS16"), ("S24ToF32Unscaled", "S16ToF32"))
 WIDTH_FACTOR = 1.5
 # Fused layout changes against the two passes, at 4 Mi samples.
 FUSED_MEMBERS = ("DeinterleaveS16x2", "DeinterleaveS24x6")

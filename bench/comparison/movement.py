@@ -12,7 +12,7 @@ from .by_member import compare_by_member, ratio_table
 from .common import size_label
 
 BINARIES = ("zal_bench_movement",)
-PEERS = ("libc", "plain-native")
+PEERS = ("libc", "plain-native", "streamed", "string")
 
 CACHED_SIZES = (1 << 12, 1 << 22)
 PAST_CACHES_SIZE = 1 << 26

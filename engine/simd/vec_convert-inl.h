@@ -47,10 +47,15 @@ struct CD {
   DoubleRegister lo;
   DoubleRegister hi;
 };
+// Packed 24-bit samples as loaded: each in the top three bytes of its lane, so the lane is the
+// sample times 256. Conversions take the shift down or fold it into their factor.
+struct CS24 {
+  IntRegister raw;
+};
 
 // ---- 128-bit pieces, shared by every width ----------------------------------------------------
 
-// Four packed 24-bit samples (12 bytes, read exactly) sign-extended to 32-bit lanes.
+// Four packed 24-bit samples (12 bytes, read exactly) in the top three bytes of 32-bit lanes.
 ZAL_INLINE __m128i LoadS24Quad(const Int24* p) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(p);
   std::uint64_t low;
@@ -58,17 +63,14 @@ ZAL_INLINE __m128i LoadS24Quad(const Int24* p) {
   std::memcpy(&low, bytes, 8);
   std::memcpy(&high, bytes + 8, 4);
 #if ZAL_LEVEL_INDEX >= 1
-  // Each sample to the top three bytes of its lane; the arithmetic shift brings the sign down.
   const __m128i packed = _mm_unpacklo_epi64(_mm_cvtsi64_si128(static_cast<long long>(low)),
                                             _mm_cvtsi32_si128(static_cast<int>(high)));
-  const __m128i spread =
-      _mm_shuffle_epi8(packed, _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
-  return _mm_srai_epi32(spread, 8);
+  return _mm_shuffle_epi8(packed,
+                          _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
 #else
   const auto lane = [](std::uint64_t bits) { return static_cast<int>(bits << 8); };
-  const __m128i spread = _mm_setr_epi32(
-      lane(low), lane(low >> 24), lane((low >> 48) | (std::uint64_t{high} << 16)), lane(high >> 8));
-  return _mm_srai_epi32(spread, 8);
+  return _mm_setr_epi32(lane(low), lane(low >> 24), lane((low >> 48) | (std::uint64_t{high} << 16)),
+                        lane(high >> 8));
 #endif
 }
 
@@ -252,25 +254,22 @@ ZAL_INLINE void StoreLanes(unsigned char* p, CI v) {
 
 // Packed 24-bit samples. From avx2 on, the samples' 32-bit words are read exactly (masked) and
 // permuted so that each 128-bit lane holds its four samples' 12 bytes, which an in-lane byte
-// shuffle spreads as below.
-ZAL_INLINE CI LoadLanes(const Int24* p) {
+// shuffle spreads to the top of the lanes.
+ZAL_INLINE CS24 LoadLanes(const Int24* p) {
 #if ZAL_LEVEL_INDEX >= 5
   const __m512i words = _mm512_maskz_loadu_epi8(0xFFFFFFFFFFFFull, p);
   const __m512i lanes = _mm512_permutexvar_epi32(
       _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), words);
-  const __m512i spread = _mm512_shuffle_epi8(
-      lanes,
-      _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)));
-  return {_mm512_srai_epi32(spread, 8)};
+  return {_mm512_shuffle_epi8(lanes, _mm512_broadcast_i32x4(_mm_setr_epi8(
+                                         -1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)))};
 #elif ZAL_LEVEL_INDEX >= 4
   const __m256i words = _mm256_maskload_epi32(reinterpret_cast<const int*>(p),
                                               _mm256_setr_epi32(-1, -1, -1, -1, -1, -1, 0, 0));
   const __m256i lanes =
       _mm256_permutevar8x32_epi32(words, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6));
-  const __m256i spread = _mm256_shuffle_epi8(
+  return {_mm256_shuffle_epi8(
       lanes, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, 0, 1, 2, -1,
-                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
-  return {_mm256_srai_epi32(spread, 8)};
+                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11))};
 #else
   return {LoadS24Quad(p)};
 #endif
@@ -307,7 +306,7 @@ ZAL_INLINE auto LoadLanesFollowed(const From* p) {
 }
 // At avx2, loads that transpose: 128-bit loads from p and p + 12 put each lane's 12 bytes in
 // place, so that only an in-lane shuffle follows.
-ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
+ZAL_INLINE CS24 LoadLanesFollowed(const Int24* p) {
 #if ZAL_LEVEL_INDEX >= 4
   const auto* bytes = reinterpret_cast<const unsigned char*>(p);
 #endif
@@ -315,23 +314,19 @@ ZAL_INLINE CI LoadLanesFollowed(const Int24* p) {
   const __m512i words = _mm512_loadu_si512(bytes);
   const __m512i lanes = _mm512_permutexvar_epi32(
       _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), words);
-  const __m512i spread = _mm512_shuffle_epi8(
-      lanes,
-      _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)));
-  return {_mm512_srai_epi32(spread, 8)};
+  return {_mm512_shuffle_epi8(lanes, _mm512_broadcast_i32x4(_mm_setr_epi8(
+                                         -1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11)))};
 #elif ZAL_LEVEL_INDEX >= 4
   const __m256i lanes = _mm256_inserti128_si256(
       _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes))),
       _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 12)), 1);
-  const __m256i spread = _mm256_shuffle_epi8(
+  return {_mm256_shuffle_epi8(
       lanes, _mm256_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, 0, 1, 2, -1,
-                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
-  return {_mm256_srai_epi32(spread, 8)};
+                              3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11))};
 #elif ZAL_LEVEL_INDEX >= 1
   const __m128i packed = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-  const __m128i spread =
-      _mm_shuffle_epi8(packed, _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
-  return {_mm_srai_epi32(spread, 8)};
+  return {_mm_shuffle_epi8(packed,
+                           _mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11))};
 #else
   return LoadLanes(p);
 #endif
@@ -352,7 +347,7 @@ ZAL_INLINE auto LoadFourLanes(const From* p) {
 // across cache lines at most once each (one load per register would split three times in four),
 // and a one- or two-source word permute per register to its lanes.
 template <bool kFollowed>
-ZAL_INLINE std::array<CI, 4> LoadFourLanes(const Int24* p) {
+ZAL_INLINE std::array<CS24, 4> LoadFourLanes(const Int24* p) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(p);
   const __m512i a = _mm512_loadu_si512(bytes);
   const __m512i b = _mm512_loadu_si512(bytes + 64);
@@ -360,7 +355,7 @@ ZAL_INLINE std::array<CI, 4> LoadFourLanes(const Int24* p) {
   const auto spread = [](__m512i lanes) {
     const __m512i order =
         _mm512_broadcast_i32x4(_mm_setr_epi8(-1, 0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11));
-    return CI{_mm512_srai_epi32(_mm512_shuffle_epi8(lanes, order), 8)};
+    return CS24{_mm512_shuffle_epi8(lanes, order)};
   };
   // Lane k of a register takes words 3k .. 3k + 3 of its 48 bytes; the last word is never used.
   return {
@@ -372,6 +367,50 @@ ZAL_INLINE std::array<CI, 4> LoadFourLanes(const Int24* p) {
           b, _mm512_setr_epi32(8, 9, 10, 11, 11, 12, 13, 14, 14, 15, 16, 17, 17, 18, 19, 20), c)),
       spread(_mm512_permutexvar_epi32(
           _mm512_setr_epi32(4, 5, 6, 7, 7, 8, 9, 10, 10, 11, 12, 13, 13, 14, 15, 15), c))};
+}
+#endif
+
+#if ZAL_LEVEL_INDEX >= 5
+// The byte permutes of AVX512-VBMI lie beyond the level's own set: they run only inside functions
+// marked with this, called where the feature word in force has them.
+#if defined(_MSC_VER) && !defined(__clang__)
+#define ZAL_BYTE_PERMUTES
+#else
+#define ZAL_BYTE_PERMUTES __attribute__((target("avx512vbmi")))
+#endif
+
+struct ByteIndex {
+  alignas(64) unsigned char bytes[64];
+};
+// Sample k of the 48 bytes from `first` to the top three bytes of lane k; byte 0 of every lane is
+// masked off.
+constexpr ByteIndex SpreadSamplesFrom(int first) {
+  ByteIndex index{};
+  for (int lane = 0; lane < 16; ++lane) {
+    for (int byte = 1; byte < 4; ++byte) {
+      index.bytes[4 * lane + byte] = static_cast<unsigned char>(first + 3 * lane + byte - 1);
+    }
+  }
+  return index;
+}
+inline constexpr ByteIndex kSpreadFrom0 = SpreadSamplesFrom(0);
+inline constexpr ByteIndex kSpreadFrom16 = SpreadSamplesFrom(16);
+inline constexpr ByteIndex kSpreadFrom32 = SpreadSamplesFrom(32);
+inline constexpr ByteIndex kSpreadFrom48 = SpreadSamplesFrom(48);
+
+// LoadFourLanes with one byte permute per register in place of a word permute and a byte
+// shuffle: the three loads are exactly the four registers' 192 bytes.
+ZAL_BYTE_PERMUTES ZAL_INLINE std::array<CS24, 4> LoadFourLanesByBytePermutes(const Int24* p) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(p);
+  const __m512i a = _mm512_loadu_si512(bytes);
+  const __m512i b = _mm512_loadu_si512(bytes + 64);
+  const __m512i c = _mm512_loadu_si512(bytes + 128);
+  const auto index = [](const ByteIndex& i) { return _mm512_load_si512(i.bytes); };
+  constexpr __mmask64 kTopBytes = 0xEEEEEEEEEEEEEEEEull;
+  return {CS24{_mm512_maskz_permutexvar_epi8(kTopBytes, index(kSpreadFrom0), a)},
+          CS24{_mm512_maskz_permutex2var_epi8(kTopBytes, a, index(kSpreadFrom48), b)},
+          CS24{_mm512_maskz_permutex2var_epi8(kTopBytes, b, index(kSpreadFrom32), c)},
+          CS24{_mm512_maskz_permutexvar_epi8(kTopBytes, index(kSpreadFrom16), c)}};
 }
 #endif
 
@@ -549,6 +588,15 @@ ZAL_INLINE CD operator+(CD a, CD b) {
 }
 
 // ---- Between element types ---------------------------------------------------------------------
+
+// The samples themselves: the arithmetic shift brings the sign down.
+ZAL_INLINE CI Samples(CS24 v) {
+  return {ZAL_LANES(srai_epi32)(v.raw, 8)};
+}
+// 256 times the samples' floats, exact: a 24-bit integer times 256 is a float.
+ZAL_INLINE CF ToFloatTimes256(CS24 v) {
+  return {ZAL_LANES(cvtepi32_ps)(v.raw)};
+}
 
 ZAL_INLINE CF ToFloat(CI v) {
   return {ZAL_LANES(cvtepi32_ps)(v.raw)};

@@ -149,6 +149,19 @@ class CheckScriptsTest(unittest.TestCase):
                 with self.subTest(group=group, instruction=instruction):
                     self.assertEqual(FAIL if label in reported else PASS, verdict, report)
 
+    def test_runtime_checked_functions_may_use_their_extension(self):
+        cases = (
+            ("avx512", "ConvertStepsByBytePermutes", "vpermb %zmm0,%zmm1,%zmm2", PASS),
+            ("avx512", "Convert", "vpermb %zmm0,%zmm1,%zmm2", FAIL),
+            ("avx512", "ConvertStepsByBytePermutes", "vpdpbusd %zmm0,%zmm1,%zmm2", FAIL),
+            ("avx2", "ConvertStepsByBytePermutes", "vpermb %zmm0,%zmm1,%zmm2", FAIL),
+        )
+        for group, function, instruction, verdict in cases:
+            with self.subTest(group=group, function=function, instruction=instruction):
+                path = self.assemble_functions({function: instruction})
+                status, report = self.check_instructions("--level", group, path)
+                self.assertEqual(status, verdict, report)
+
     def test_offence_names_object_function_and_address(self):
         path = self.assemble("nop\nhaddpd %xmm1,%xmm0")
         status, report = self.check_instructions("--level", "sse2", path)

@@ -29,8 +29,10 @@ inline constexpr int kEngineRoundingCodes[] = {0, 2, 1, 3, -1};
 inline constexpr int kHalfModes[] = {0, 1, 2};
 inline constexpr int kNoModes[] = {0};
 inline constexpr int kNoScales[] = {0};
-inline constexpr float kFactors[] = {1.0f,      0x1p-15f,  0x1p-23f, 0x1p-31f, 0.5f, 2.0f,
-                                     0x1p-127f, 0x1p-149f, 0.0f,     0x1p127f, 3.0f};
+inline constexpr float kFactors[] = {1.0f, 0x1p-15f, 0x1p-23f, 0x1p-31f, 0.5f, 2.0f, 0x1p-127f,
+                                     0x1p-149f, 0.0f, 0x1p127f, 3.0f,
+                                     // Either side of the smallest factor whose 256th is normal.
+                                     0x1p-118f, -0x1.8p-118f, 0x1.fffffep-119f};
 inline constexpr float kNoFactors[] = {1.0f};
 
 namespace conversion_kinds {
