@@ -6,29 +6,64 @@
 
 #include "engine/primitives/convolution/lane_picks-inl.h"
 
-// Registers of dst filled with every kFactor-th sample of in, from in[0]; returns the samples
-// written. Reads only whole groups of kFactor registers inside in[0, available).
+// The lane sources of every pick for one factor and lane count, built at compile time.
+// down[s]: the kept register's lanes from registers 2s and 2s + 1 (the last alone when the factor
+// is odd): lane k takes position k kFactor - 2s kLanes of the pair. up[kLanes + q], q a position
+// in a group of kFactor registers less the phase: the sample placed there, or -1.
+template <int kFactor, int kLanes>
+struct PickSources {
+  std::int32_t down[(kFactor + 1) / 2][kLanes];
+  std::int32_t up[(kFactor + 1) * kLanes];
+};
+
+template <int kFactor, int kLanes>
+constexpr PickSources<kFactor, kLanes> MakeSources() {
+  PickSources<kFactor, kLanes> sources{};
+  for (int s = 0; s < (kFactor + 1) / 2; ++s) {
+    const int width = 2 * s + 1 < kFactor ? 2 * kLanes : kLanes;
+    for (int k = 0; k < kLanes; ++k) {
+      const int at = k * kFactor - 2 * s * kLanes;
+      sources.down[s][k] = at >= 0 && at < width ? at : -1;
+    }
+  }
+  for (int q = -kLanes; q < kFactor * kLanes; ++q) {
+    sources.up[kLanes + q] = q >= 0 && q % kFactor == 0 ? q / kFactor : -1;
+  }
+  return sources;
+}
+
+template <int kFactor, int kLanes>
+inline constexpr PickSources<kFactor, kLanes> kPickSources = MakeSources<kFactor, kLanes>();
+
+// Registers of dst filled with every kFactor-th sample of in, from in[0], two source registers
+// per permute; returns the samples written. Reads only whole groups of kFactor registers inside
+// in[0, available).
 template <int kFactor, class T>
 ZAL_INLINE long long DownPicked(const T* in, long long available, T* dst) {
   constexpr int kLanes = kPickLanes<T>;
   if constexpr (kFactor > kLanes) {
     return 0;
   } else {
-    using Pick = decltype(MakePick(T(0), nullptr));
-    Pick picks[kFactor];
-    for (int r = 0; r < kFactor; ++r) {
-      int source[kLanes];
-      for (int k = 0; k < kLanes; ++k) {
-        const int at = k * kFactor - r * kLanes;
-        source[k] = at >= 0 && at < kLanes ? at : -1;
-      }
-      picks[r] = MakePick(T(0), source);
-    }
+    constexpr int kPairs = kFactor / 2;
+    constexpr auto& kSources = kPickSources<kFactor, kLanes>;
+    using Pick = decltype(MakePairPick(T(0), nullptr));
+    Pick pairs[kPairs];
+    for (int s = 0; s < kPairs; ++s) pairs[s] = MakePairPick(T(0), kSources.down[s]);
+    const Pick last = MakePick(T(0), kSources.down[(kFactor - 1) / 2]);
     const long long groups = available / (kLanes * kFactor);
     for (long long g = 0; g < groups; ++g) {
       const T* x = in + g * kLanes * kFactor;
-      auto out = Picked(picks[0], LoadPicks(x));
-      for (int r = 1; r < kFactor; ++r) out = PickInto(out, picks[r], LoadPicks(x + r * kLanes));
+      auto out = PairPicked(pairs[0], LoadPicks(x), LoadPicks(x + kLanes));
+      // Unrolled at compile time, so that the picks stay in registers.
+      [&]<int... kPair>(std::integer_sequence<int, kPair...>) {
+        ((out = Joined(out, PairPicked(pairs[kPair + 1], LoadPicks(x + 2 * (kPair + 1) * kLanes),
+                                       LoadPicks(x + (2 * kPair + 3) * kLanes)))),
+         ...);
+      }
+      (std::make_integer_sequence<int, kPairs - 1>{});
+      if constexpr (kFactor % 2 == 1) {
+        out = Joined(out, Picked(last, LoadPicks(x + (kFactor - 1) * kLanes)));
+      }
       StorePicks(dst + g * kLanes, out);
     }
     return groups * kLanes;
@@ -44,20 +79,17 @@ ZAL_INLINE long long UpPicked(const T* src, long long len, T* dst, int phase) {
     return 0;
   } else {
     using Pick = decltype(MakePick(T(0), nullptr));
+    const std::int32_t* sources = kPickSources<kFactor, kLanes>.up + kLanes - phase;
     Pick picks[kFactor];
-    for (int r = 0; r < kFactor; ++r) {
-      int source[kLanes];
-      for (int k = 0; k < kLanes; ++k) {
-        const int at = r * kLanes + k - phase;
-        source[k] = at >= 0 && at % kFactor == 0 ? at / kFactor : -1;
-      }
-      picks[r] = MakePick(T(0), source);
-    }
+    for (int r = 0; r < kFactor; ++r) picks[r] = MakePick(T(0), sources + r * kLanes);
     const long long groups = len / kLanes;
     for (long long g = 0; g < groups; ++g) {
       const auto x = LoadPicks(src + g * kLanes);
       T* out = dst + g * kLanes * kFactor;
-      for (int r = 0; r < kFactor; ++r) StorePicks(out + r * kLanes, Picked(picks[r], x));
+      [&]<int... kRegister>(std::integer_sequence<int, kRegister...>) {
+        (StorePicks(out + kRegister * kLanes, Picked(picks[kRegister], x)), ...);
+      }
+      (std::make_integer_sequence<int, kFactor>{});
     }
     return groups * kLanes;
   }
