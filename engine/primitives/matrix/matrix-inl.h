@@ -51,6 +51,29 @@ struct EigenScalar<Complex64> {
   using Type = std::complex<double>;
 };
 
+// Square products of 4 and 8: Eigen's fixed-size coefficient product runs unrolled in registers
+// and skips the size tests, blocking and packing its general product pays at every call.
+template <int kSize, int kStorage, class S>
+void FixedProduct(const S* a, const S* b, S* c) {
+  using Operand = eigen::Matrix<S, kSize, kSize, kStorage>;
+  eigen::Map<eigen::Matrix<S, kSize, kSize, eigen::ColMajor>>(c).noalias() =
+      eigen::Map<const Operand>(a).lazyProduct(eigen::Map<const Operand>(b));
+}
+
+template <int kStorage, class S>
+bool SmallSquareProduct(const S* a, const S* b, S* c, int m, int n, int k) {
+  if (m != n || n != k) return false;
+  if (m == 4) {
+    FixedProduct<4, kStorage>(a, b, c);
+    return true;
+  }
+  if (m == 8) {
+    FixedProduct<8, kStorage>(a, b, c);
+    return true;
+  }
+  return false;
+}
+
 template <class T>
 EngStatus Product(const T* a_in, const T* b_in, T* c_in, int m, int n, int k, int rows) {
   if (!a_in || !b_in || !c_in) return engStsNullPtrErr;
@@ -58,7 +81,12 @@ EngStatus Product(const T* a_in, const T* b_in, T* c_in, int m, int n, int k, in
   using S = typename EigenScalar<T>::Type;
   const S* a = reinterpret_cast<const S*>(a_in);
   const S* b = reinterpret_cast<const S*>(b_in);
-  ColumnsView<S> c(reinterpret_cast<S*>(c_in), m, n);
+  S* c_out = reinterpret_cast<S*>(c_in);
+  if (rows ? SmallSquareProduct<eigen::RowMajor>(a, b, c_out, m, n, k)
+           : SmallSquareProduct<eigen::ColMajor>(a, b, c_out, m, n, k)) {
+    return engStsNoErr;
+  }
+  ColumnsView<S> c(c_out, m, n);
   // Eigen packs large operands into blocks on the heap; when that fails (std::bad_alloc, the
   // only exception it raises), c may hold a partial product, which the status reports. Catching
   // every exception keeps the type's identity out of this object, as above.
