@@ -5,7 +5,7 @@ strided loop.
 Per cell (lenA x lenB): our time (the exported work-buffer form, natural level), each method of
 ours forced, both peers', and the ratio best peer's time / ours (above 1 we are faster). Per
 resampler, type, factor and size: ns per element written, ours, the loop's and Copy's, and ours
-over Copy's. Also draws time against lenA x lenB for
+over Copy's per element written and per element read and written. Also draws time against lenA x lenB for
 both methods as an SVG."""
 
 import math
@@ -54,6 +54,11 @@ def rows_of(cells):
     return rows
 
 
+def moved(kind, factor):
+    """Elements read and written per element written; Copy's is 2."""
+    return 1 + (factor if kind == "down" else 1 / factor)
+
+
 def resample_rows(resample):
     rows = []
     for (kind_type, size, kind, factor), entry in sorted(resample.items()):
@@ -62,7 +67,8 @@ def resample_rows(resample):
             continue
         rows.append({"type": kind_type, "n": size, "kind": kind, "factor": factor,
                      "ours": entry["ours"], "loop": entry.get("loop"), "copy": copy,
-                     "over_copy": entry["ours"] / copy})
+                     "over_copy": entry["ours"] / copy,
+                     "over_copy_per_byte": entry["ours"] / copy * 2 / moved(kind, factor)})
     return rows
 
 
@@ -146,11 +152,12 @@ def markdown(context, rows, resample):
     if resampled:
         lines += ["", "Resamplers, ns per element written:", ""]
         lines += markdown_table(
-            ["Function", "Type", "Factor", "Elements", "ours", "loop", "Copy", "ours / Copy"],
-            "llrrrrrr",
+            ["Function", "Type", "Factor", "Elements", "ours", "loop", "Copy", "ours / Copy",
+             "per byte moved"],
+            "llrrrrrrr",
             [[r["kind"], r["type"], r["factor"], r["n"], f"{r['ours']:.3f}",
               f"{r['loop']:.3f}" if r["loop"] else "", f"{r['copy']:.3f}",
-              f"{r['over_copy']:.2f}"] for r in resampled])
+              f"{r['over_copy']:.2f}", f"{r['over_copy_per_byte']:.2f}"] for r in resampled])
     lines += ["", f"Plot: {SVG_PATH.relative_to(SVG_PATH.parent.parent)}", ""]
     return lines
 
