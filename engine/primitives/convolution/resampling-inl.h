@@ -41,7 +41,8 @@ inline constexpr PickSources<kFactor, kLanes> kPickSources = MakeSources<kFactor
 template <int kFactor, class T>
 ZAL_INLINE long long DownPicked(const T* in, long long available, T* dst) {
   constexpr int kLanes = kPickLanes<T>;
-  if constexpr (kFactor > kLanes) {
+  // From kFactor = kLanes on every register gives one lane: scalar loads do as well (measured).
+  if constexpr (kFactor >= kLanes) {
     return 0;
   } else {
     constexpr int kPairs = kFactor / 2;
