@@ -3,7 +3,8 @@
 // library's Copy, per element written. Names:
 //   conv/<contender>/a:A/b:B  contenders ours (the exported work-buffer form, natural level),
 //                             direct and transform (the engine forced to one method), loop, fftw
-//   down/ours/factor:F/n:N, up/ours/factor:F/n:N, copy/ours/n:N  (N elements written)
+//   down/<contender>/<type>/factor:F/n:N, up/..., copy/ours/<type>/n:N  (N elements written,
+//                             contenders ours and loop, type f32 or f64)
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -87,36 +88,76 @@ void Fftw(benchmark::State& state, int len_a, int len_b) {
   SetCounters(state, len_a, len_b);
 }
 
-void Down(benchmark::State& state, int factor, int outputs) {
-  const std::vector<float> src = Signal(outputs * factor, 0.1);
-  std::vector<float> dst(outputs);
+template <class T>
+std::vector<T> Samples(int n) {
+  const std::vector<float> v = Signal(n, 0.1);
+  return std::vector<T>(v.begin(), v.end());
+}
+
+template <class T>
+void Down(benchmark::State& state, bool ours, int factor, int outputs) {
+  const std::vector<T> src = Samples<T>(outputs * factor);
+  std::vector<T> dst(outputs);
   for (auto _ : state) {
     unsigned phase = 0;
-    utility::DownSample(outputs * factor, src.data(), dst.data(), factor, &phase);
+    if (ours) {
+      utility::DownSample(outputs * factor, src.data(), dst.data(), factor, &phase);
+    } else {
+      PlainDownSample(src.data(), dst.data(), outputs, factor);
+    }
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * outputs);
 }
 
-void Up(benchmark::State& state, int factor, int outputs) {
-  const std::vector<float> src = Signal(outputs / factor, 0.1);
-  std::vector<float> dst(outputs);
+template <class T>
+void Up(benchmark::State& state, bool ours, int factor, int outputs) {
+  const std::vector<T> src = Samples<T>(outputs / factor);
+  std::vector<T> dst(outputs);
   for (auto _ : state) {
     unsigned phase = 0;
-    utility::UpSample(outputs / factor, src.data(), dst.data(), factor, &phase);
+    if (ours) {
+      utility::UpSample(outputs / factor, src.data(), dst.data(), factor, &phase);
+    } else {
+      PlainUpSample(src.data(), dst.data(), outputs / factor, factor);
+    }
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * outputs);
 }
 
+template <class T>
 void CopyPeer(benchmark::State& state, int outputs) {
-  const std::vector<float> src = Signal(outputs, 0.1);
-  std::vector<float> dst(outputs);
+  const std::vector<T> src = Samples<T>(outputs);
+  std::vector<T> dst(outputs);
   for (auto _ : state) {
     utility::Copy(outputs, src.data(), dst.data());
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * outputs);
+}
+
+template <class T>
+void RegisterResampling(const std::string& type) {
+  const std::vector<int> sizes = Smoke() ? std::vector<int>{1024} : std::vector<int>{4096, 1 << 20};
+  for (int outputs : sizes) {
+    const std::string n = "/n:" + std::to_string(outputs);
+    for (int factor : {2, 3, 4, 5, 8}) {
+      // UpSample writes whole groups of factor outputs.
+      const int written = outputs / factor * factor;
+      const std::string tail = "/" + type + "/factor:" + std::to_string(factor);
+      for (bool ours : {true, false}) {
+        const std::string who = ours ? "ours" : "loop";
+        benchmark::RegisterBenchmark(("down/" + who + tail + n).c_str(), [=](benchmark::State& s) {
+          Down<T>(s, ours, factor, outputs);
+        });
+        benchmark::RegisterBenchmark(("up/" + who + tail + "/n:" + std::to_string(written)).c_str(),
+                                     [=](benchmark::State& s) { Up<T>(s, ours, factor, written); });
+      }
+    }
+    benchmark::RegisterBenchmark(("copy/ours/" + type + n).c_str(),
+                                 [=](benchmark::State& s) { CopyPeer<T>(s, outputs); });
+  }
 }
 
 void RegisterAll() {
@@ -144,17 +185,8 @@ void RegisterAll() {
                                    [=](benchmark::State& s) { Fftw(s, len_a, len_b); });
     }
   }
-  const int outputs = Smoke() ? 1024 : 16384;
-  const std::string n = "/n:" + std::to_string(outputs);
-  for (int factor : {2, 3, 4, 8}) {
-    const std::string f = "/factor:" + std::to_string(factor);
-    benchmark::RegisterBenchmark(("down/ours" + f + n).c_str(),
-                                 [=](benchmark::State& s) { Down(s, factor, outputs); });
-    benchmark::RegisterBenchmark(("up/ours" + f + n).c_str(),
-                                 [=](benchmark::State& s) { Up(s, factor, outputs); });
-  }
-  benchmark::RegisterBenchmark(("copy/ours" + n).c_str(),
-                               [=](benchmark::State& s) { CopyPeer(s, outputs); });
+  RegisterResampling<float>("f32");
+  RegisterResampling<double>("f64");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// Convolution as a user writes it, built -O3 -march=native: each element of the shorter operand
-// scales the longer one into the destination, a loop the compiler vectorises.
+// Convolution and resampling as a user writes them, built -O3 -march=native: each element of the
+// shorter operand scales the longer one into the destination, a loop the compiler vectorises; the
+// resamplers as strided loops.
 #include "bench/convolution_contenders.h"
 
 namespace zal::bench {
@@ -16,5 +17,21 @@ void PlainConvolve(const float* a, int len_a, const float* b, int len_b, float* 
     for (int j = 0; j < n; ++j) out[j] += c * l[j];
   }
 }
+
+template <class T>
+void PlainDownSample(const T* src, T* dst, int outputs, int factor) {
+  for (int k = 0; k < outputs; ++k) dst[k] = src[static_cast<long long>(k) * factor];
+}
+
+template <class T>
+void PlainUpSample(const T* src, T* dst, int len, int factor) {
+  for (long long i = 0; i < static_cast<long long>(len) * factor; ++i) dst[i] = 0;
+  for (int k = 0; k < len; ++k) dst[static_cast<long long>(k) * factor] = src[k];
+}
+
+template void PlainDownSample(const float*, float*, int, int);
+template void PlainDownSample(const double*, double*, int, int);
+template void PlainUpSample(const float*, float*, int, int);
+template void PlainUpSample(const double*, double*, int, int);
 
 }  // namespace zal::bench

@@ -254,38 +254,46 @@ TEST(Resampling, RefusalsInTheirOrder) {
   EXPECT_EQ(dst, std::vector<double>(256, 5.0));
 }
 
-// The kernels against the portable variant over factors, phases and lengths: the same samples,
-// counts and phases, and nothing written past the outputs.
-TEST(Resampling, LevelMatchesPortable) {
-  const std::vector<float> src = Noise<float>(300, 9);
-  for (int factor : {1, 2, 3, 4, 5, 8, 13, 64, 301}) {
-    for (int len : {1, 2, 3, 7, 31, 64, 299, 300}) {
-      for (int phase0 : {0, factor / 2, factor - 1}) {
+// The kernels against the portable variant over factors (each lane-pick width and beyond),
+// phases and lengths (tails of every size, several whole groups): the same samples, counts and
+// phases, and nothing written past the outputs. src holds exactly len samples, so that a read
+// past the block shows under the address sanitizer.
+template <class T>
+void MatchPortable(const Primitives<T>& level, const Primitives<T>& portable) {
+  const T kUntouched = T(-9);
+  for (int factor : {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 13, 16, 17, 64, 301}) {
+    for (int len : {1, 2, 3, 7, 31, 64, 299, 300, 1000, 4099}) {
+      const std::vector<T> src = Noise<T>(len, 9 + len);
+      for (int phase0 : {0, 1, factor / 2, factor - 1}) {
+        if (phase0 >= factor) continue;
         SCOPED_TRACE(testing::Message() << factor << " " << len << " " << phase0);
-        std::vector<float> got(len * factor + 1, -9.0f);
-        std::vector<float> want(len * factor + 1, -9.0f);
+        std::vector<T> got(len * factor + 1, kUntouched);
+        std::vector<T> want(len * factor + 1, kUntouched);
         int got_count = -1;
         int want_count = -1;
         int got_phase = phase0;
         int want_phase = phase0;
-        engine::dispatch::DownSampleF32(src.data(), len, got.data(), &got_count, factor,
-                                        &got_phase);
-        engine::portable::DownSampleF32(src.data(), len, want.data(), &want_count, factor,
-                                        &want_phase);
+        level.down(src.data(), len, got.data(), &got_count, factor, &got_phase);
+        portable.down(src.data(), len, want.data(), &want_count, factor, &want_phase);
         EXPECT_EQ(got, want);
         EXPECT_EQ(got_count, want_count);
         EXPECT_EQ(got_phase, want_phase);
-        EXPECT_EQ(got[got_count], -9.0f);
+        EXPECT_EQ(got[got_count], kUntouched);
         got_phase = want_phase = phase0;
-        engine::dispatch::UpSampleF32(src.data(), len, got.data(), &got_count, factor, &got_phase);
-        engine::portable::UpSampleF32(src.data(), len, want.data(), &want_count, factor,
-                                      &want_phase);
+        level.up(src.data(), len, got.data(), &got_count, factor, &got_phase);
+        portable.up(src.data(), len, want.data(), &want_count, factor, &want_phase);
         EXPECT_EQ(got, want);
         EXPECT_EQ(got_count, len * factor);
-        EXPECT_EQ(got.back(), -9.0f);
+        EXPECT_EQ(got_phase, phase0);
+        EXPECT_EQ(got.back(), kUntouched);
       }
     }
   }
+}
+
+TEST(Resampling, LevelMatchesPortable) {
+  MatchPortable(kFloat[0], kFloat[1]);
+  MatchPortable(kDouble[0], kDouble[1]);
 }
 
 }  // namespace

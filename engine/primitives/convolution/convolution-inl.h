@@ -3,6 +3,7 @@
 // zero inserter. Included once per level translation unit, inside which ZAL_LEVEL names the level.
 
 #include <cstdint>
+#include <utility>
 
 #include "engine/core/primitive_declarations.h"
 #include "engine/primitives/convolution/convolution_plan.h"
@@ -284,56 +285,7 @@ ZAL_INLINE EngStatus CheckResampling(const T* src, int len, const T* dst, const 
   return *phase < 0 || *phase >= factor ? engStsSamplePhaseErr : engStsNoErr;
 }
 
-template <class T>
-EngStatus DownSample(const T* src, int len, T* dst, int* dst_len, int factor, int* phase) {
-  if (const EngStatus status = CheckResampling(src, len, dst, dst_len, factor, phase)) {
-    return status;
-  }
-  if (factor == 1) {
-    Copy(src, dst, len);
-    *dst_len = len;
-    *phase = 0;
-    return engStsNoErr;
-  }
-  const long long first = *phase;
-  const long long count = first < len ? (len - first + factor - 1) / factor : 0;
-  // Only an index that is kept forms a pointer: the phase may lie past the block.
-  const T* in = count > 0 ? src + first : src;
-  long long k = 0;
-  for (; k + 4 <= count; k += 4) {
-    const T x0 = in[k * factor];
-    const T x1 = in[(k + 1) * factor];
-    const T x2 = in[(k + 2) * factor];
-    const T x3 = in[(k + 3) * factor];
-    dst[k] = x0;
-    dst[k + 1] = x1;
-    dst[k + 2] = x2;
-    dst[k + 3] = x3;
-  }
-  for (; k < count; ++k) dst[k] = in[k * factor];
-  *dst_len = static_cast<int>(count);
-  *phase = static_cast<int>(first + count * factor - len);
-  return engStsNoErr;
-}
-
-// The zeros go out at full vector width first; the samples then land in their slots.
-template <class T>
-EngStatus UpSample(const T* src, int len, T* dst, int* dst_len, int factor, int* phase) {
-  if (const EngStatus status = CheckResampling(src, len, dst, dst_len, factor, phase)) {
-    return status;
-  }
-  const long long outputs = static_cast<long long>(len) * factor;
-  if (outputs > 0x7FFFFFFF) return engStsSizeErr;
-  if (factor == 1) {
-    Copy(src, dst, len);
-  } else {
-    Fill(dst, T(0), outputs);
-    T* out = dst + *phase;
-    for (long long k = 0; k < len; ++k) out[k * factor] = src[k];
-  }
-  *dst_len = static_cast<int>(outputs);
-  return engStsNoErr;
-}
+#include "engine/primitives/convolution/resampling-inl.h"
 
 }  // namespace
 
