@@ -412,9 +412,21 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
 // offset by 1.5 * 2^52 holds its integer).
 ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
 #if ZAL_LEVEL_INDEX >= 4
-  const __m256i j = _mm256_and_si256(_mm256_castpd_si256(v.raw), _mm256_set1_epi64x(15));
-  const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
-  return {_mm256_mask_i64gather_pd(_mm256_setzero_pd(), table, j, all, 8)};
+  // No gather (microcoded on some processors): each quarter of the table is one register that a
+  // permutation of 32-bit pairs reads at j mod 4; bits 2 and 3 of j, moved to the sign, choose.
+  const __m256i bits = _mm256_castpd_si256(v.raw);
+  const __m256i quarter = _mm256_and_si256(bits, _mm256_set1_epi64x(3));
+  const __m256i pairs = _mm256_or_si256(
+      _mm256_slli_epi32(_mm256_shuffle_epi32(quarter, _MM_SHUFFLE(2, 2, 0, 0)), 1),
+      _mm256_set1_epi64x(std::int64_t{1} << 32));
+  const auto read = [&](int q) {
+    return _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_load_ps(
+        reinterpret_cast<const float*>(table + 4 * q)), pairs));
+  };
+  const __m256d bit2 = _mm256_castsi256_pd(_mm256_slli_epi64(bits, 61));
+  const __m256d low = _mm256_blendv_pd(read(0), read(1), bit2);
+  const __m256d high = _mm256_blendv_pd(read(2), read(3), bit2);
+  return {_mm256_blendv_pd(low, high, _mm256_castsi256_pd(_mm256_slli_epi64(bits, 60)))};
 #else
   alignas(32) std::int64_t lanes[4];
   _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), _mm256_castpd_si256(v.raw));
@@ -526,6 +538,45 @@ ZAL_INLINE VS32 ShiftLeft(VS32 v, int count) {
   return {_mm256_sll_epi32(v.raw, _mm_cvtsi32_si128(count))};
 }
 #endif
+
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows table[w i .. w i + w - 1] for integral, in-range i, with rows of w = 2 (16-byte
+// aligned) or w = 4 doubles (32-byte aligned; the fourth column is padding). Rows 0 and 2, 1 and
+// 3 share a register, so that in-lane unpacks finish the transposition.
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE __m256d LoadTwoHalves(const double* lower, const double* upper) {
+  return _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(lower)), _mm_load_pd(upper), 1);
+}
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  alignas(16) std::int32_t i[4];
+  _mm_store_si128(reinterpret_cast<__m128i*>(i), _mm256_cvttpd_epi32(index.raw));
+  const __m256d a = LoadTwoHalves(table + 2 * i[0], table + 2 * i[2]);
+  const __m256d b = LoadTwoHalves(table + 2 * i[1], table + 2 * i[3]);
+  return {{_mm256_unpacklo_pd(a, b)}, {_mm256_unpackhi_pd(a, b)}};
+}
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 index) {
+  alignas(16) std::int32_t i[4];
+  _mm_store_si128(reinterpret_cast<__m128i*>(i), _mm256_cvttpd_epi32(index.raw));
+  const double* row0 = table + 4 * i[0];
+  const double* row1 = table + 4 * i[1];
+  const double* row2 = table + 4 * i[2];
+  const double* row3 = table + 4 * i[3];
+  const __m256d front02 = LoadTwoHalves(row0, row2);
+  const __m256d front13 = LoadTwoHalves(row1, row3);
+  const __m256d back02 = LoadTwoHalves(row0 + 2, row2 + 2);
+  const __m256d back13 = LoadTwoHalves(row1 + 2, row3 + 2);
+  return {{_mm256_unpacklo_pd(front02, front13)},
+          {_mm256_unpackhi_pd(front02, front13)},
+          {_mm256_unpacklo_pd(back02, back13)}};
+}
 
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

@@ -470,6 +470,57 @@ ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
   return {_mm512_rcp14_pd(v.raw)};
 }
 
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows table[w i .. w i + w - 1] for integral, in-range i, with rows of w = 2 (16-byte
+// aligned) or w = 4 doubles (32-byte aligned; the fourth column is padding). Rows of two: even
+// rows in one register, odd in another, one unpack each column. Rows of four: rows 0 and 2, 1 and
+// 3, 4 and 6, 5 and 7 share registers; unpacks and one 128-bit block shuffle per column finish.
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE __m512d LoadFourQuarters(const double* a, const double* b, const double* c,
+                                    const double* d) {
+  const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(a)), _mm_load_pd(b), 1);
+  const __m256d high =
+      _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(c)), _mm_load_pd(d), 1);
+  return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
+}
+ZAL_INLINE __m512d LoadTwoHalves(const double* lower, const double* upper) {
+  return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_load_pd(lower)), _mm256_load_pd(upper),
+                            1);
+}
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  alignas(32) std::int32_t i[8];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(i), _mm512_cvttpd_epi32(index.raw));
+  const __m512d even =
+      LoadFourQuarters(table + 2 * i[0], table + 2 * i[2], table + 2 * i[4], table + 2 * i[6]);
+  const __m512d odd =
+      LoadFourQuarters(table + 2 * i[1], table + 2 * i[3], table + 2 * i[5], table + 2 * i[7]);
+  return {{_mm512_unpacklo_pd(even, odd)}, {_mm512_unpackhi_pd(even, odd)}};
+}
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 index) {
+  alignas(32) std::int32_t i[8];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(i), _mm512_cvttpd_epi32(index.raw));
+  const __m512d rows02 = LoadTwoHalves(table + 4 * i[0], table + 4 * i[2]);
+  const __m512d rows13 = LoadTwoHalves(table + 4 * i[1], table + 4 * i[3]);
+  const __m512d rows46 = LoadTwoHalves(table + 4 * i[4], table + 4 * i[6]);
+  const __m512d rows57 = LoadTwoHalves(table + 4 * i[5], table + 4 * i[7]);
+  // Columns 0 and 2 interleaved, then 1 and 3, for rows 0 to 3 and 4 to 7.
+  const __m512d even_low = _mm512_unpacklo_pd(rows02, rows13);
+  const __m512d even_high = _mm512_unpacklo_pd(rows46, rows57);
+  const __m512d odd_low = _mm512_unpackhi_pd(rows02, rows13);
+  const __m512d odd_high = _mm512_unpackhi_pd(rows46, rows57);
+  return {{_mm512_shuffle_f64x2(even_low, even_high, _MM_SHUFFLE(2, 0, 2, 0))},
+          {_mm512_shuffle_f64x2(odd_low, odd_high, _MM_SHUFFLE(2, 0, 2, 0))},
+          {_mm512_shuffle_f64x2(even_low, even_high, _MM_SHUFFLE(3, 1, 3, 1))}};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL
 

@@ -477,5 +477,34 @@ ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
   return {_mm_cvtps_pd(_mm_rcp_ps(_mm_cvtpd_ps(v.raw)))};
 }
 
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows table[w i .. w i + w - 1] for integral, in-range i, with rows of w = 2 (16-byte
+// aligned) or w = 4 doubles (32-byte aligned; the fourth column is padding).
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  const __m128i i = _mm_cvttpd_epi32(index.raw);
+  const __m128d a = _mm_load_pd(table + 2 * _mm_cvtsi128_si32(i));
+  const __m128d b = _mm_load_pd(table + 2 * _mm_cvtsi128_si32(_mm_srli_si128(i, 4)));
+  return {{_mm_unpacklo_pd(a, b)}, {_mm_unpackhi_pd(a, b)}};
+}
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 index) {
+  const __m128i i = _mm_cvttpd_epi32(index.raw);
+  const double* row0 = table + 4 * _mm_cvtsi128_si32(i);
+  const double* row1 = table + 4 * _mm_cvtsi128_si32(_mm_srli_si128(i, 4));
+  const __m128d a = _mm_load_pd(row0);
+  const __m128d b = _mm_load_pd(row1);
+  return {{_mm_unpacklo_pd(a, b)},
+          {_mm_unpackhi_pd(a, b)},
+          {_mm_unpacklo_pd(_mm_load_sd(row0 + 2), _mm_load_sd(row1 + 2))}};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

@@ -106,10 +106,10 @@ ZAL_INLINE VF64 ExpF64Core(VF64 x, VF64 extra, const double (&tail)[N], bool wid
   VF64 r = MulAdd(kd, Constant<VF64>(-kExpStepHigh), x);
   r = MulAdd(kd, Constant<VF64>(-kExpStepLow), r) + extra;
   const VF64 e = Floor(kd * Constant<VF64>(1.0 / 128));
-  const VF64 j2 = (kd - e * Constant<VF64>(128.0)) * Constant<VF64>(2.0);
-  const VF64 power = Gather(reinterpret_cast<const double*>(kExpTable), j2);
-  const VF64 q = MulAdd(r * r, Polynomial(r, tail), r) +
-                 Gather(reinterpret_cast<const double*>(kExpTable) + 1, j2);
+  const Columns2 entry =
+      LookupRowsOf2(reinterpret_cast<const double*>(kExpTable), kd - e * Constant<VF64>(128.0));
+  const VF64 power = entry.c0;
+  const VF64 q = MulAdd(r * r, Polynomial(r, tail), r) + entry.c1;
   // Scaled last: the small product power q must not fall below the normal range first.
   const VF64 value = MulAdd(power, q, power);
   return wide ? ScaleWide(value, e) : value * Pow2I(e);
@@ -258,14 +258,12 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   // The index rounds the top ten fraction bits to an even number of 1024ths: m_i = 1 + i/512.
   const VF64 i = Floor(MulAdd(m - one, Constant<VF64>(512.0), Constant<VF64>(0.5)));
   const VF64 m_i = MulAdd(i, Constant<VF64>(1.0 / 512), one);
-  const VF64 i3 = i * Constant<VF64>(3.0);
-  const VF64 c = Gather(reinterpret_cast<const double*>(kLnTable), i3);
+  const Columns3 entry = LookupRowsOf4(reinterpret_cast<const double*>(kLnTable), i);
+  const VF64 c = entry.c0;
   const VF64 r = MulAdd(m - m_i, c, MulAdd(m_i, c, Negate(one)));
-  const VF64 w = MulAdd(e, Constant<VF64>(kLn2High),
-                        Gather(reinterpret_cast<const double*>(kLnTable) + 1, i3));
+  const VF64 w = MulAdd(e, Constant<VF64>(kLn2High), entry.c1);
   const Sum<VF64> head = FastTwoSum(w, r);
-  const VF64 low =
-      MulAdd(e, Constant<VF64>(kLn2Low), Gather(reinterpret_cast<const double*>(kLnTable) + 2, i3));
+  const VF64 low = MulAdd(e, Constant<VF64>(kLn2Low), entry.c2);
   const VF64 r2 = r * r;
   if constexpr (kDoubleDouble) {
     // -r^2/2 may be 2^-9 of the result where hi cancels: it joins hi exactly, its rounding
