@@ -255,10 +255,13 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   const VF64 one = Constant<VF64>(1.0);
   const VF64 m = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
   const VF64 e = ExponentField(x) - Constant<VF64>(1023.0) + offset;
-  // The index rounds the top ten fraction bits to an even number of 1024ths: m_i = 1 + i/512.
-  const VF64 i = Floor(MulAdd(m - one, Constant<VF64>(512.0), Constant<VF64>(0.5)));
-  const VF64 m_i = MulAdd(i, Constant<VF64>(1.0 / 512), one);
-  const Columns3 entry = LookupRowsOf4(reinterpret_cast<const double*>(kLnTable), i);
+  // The index rounds the top ten fraction bits t to an even number of 1024ths: i = (t + 1) >> 1,
+  // m_i = 1 + i/512. Worked on the bits, as the row's byte offset 32 i = ((16 t + 16) & ~31);
+  // shifted into the fraction it makes m_i (i = 512 carries into the exponent: m_i = 2).
+  const VF64 t16 = And(ShiftRightBits<38>(x), FromBits<VF64>(0x3FF0u));
+  const VF64 row = And(AddShiftedBits<0>(t16, FromBits<VF64>(16u)), FromBits<VF64>(~31ull));
+  const VF64 m_i = AddShiftedBits<38>(one, row);
+  const Columns3 entry = LookupRowsOf4(reinterpret_cast<const double*>(kLnTable), row);
   const VF64 c = entry.c0;
   const VF64 r = MulAdd(m - m_i, c, MulAdd(m_i, c, Negate(one)));
   const VF64 w = MulAdd(e, Constant<VF64>(kLn2High), entry.c1);
