@@ -254,7 +254,8 @@ template <bool kDoubleDouble = false, std::size_t N>
 ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   const VF64 one = Constant<VF64>(1.0);
   const VF64 m = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
-  const VF64 e = ExponentField(x) - Constant<VF64>(1023.0) + offset;
+  // The offset joins the bias: a constant zero folds away.
+  const VF64 e = ExponentField(x) - (Constant<VF64>(1023.0) - offset);
   // The index rounds the top ten fraction bits t to an even number of 1024ths: i = (t + 1) >> 1,
   // m_i = 1 + i/512. Worked on the bits, as the row's byte offset 32 i = ((16 t + 16) & ~31);
   // shifted into the fraction it makes m_i (i = 512 carries into the exponent: m_i = 2).
