@@ -416,12 +416,12 @@ ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
   // permutation of 32-bit pairs reads at j mod 4; bits 2 and 3 of j, moved to the sign, choose.
   const __m256i bits = _mm256_castpd_si256(v.raw);
   const __m256i quarter = _mm256_and_si256(bits, _mm256_set1_epi64x(3));
-  const __m256i pairs = _mm256_or_si256(
-      _mm256_slli_epi32(_mm256_shuffle_epi32(quarter, _MM_SHUFFLE(2, 2, 0, 0)), 1),
-      _mm256_set1_epi64x(std::int64_t{1} << 32));
+  const __m256i pairs =
+      _mm256_or_si256(_mm256_slli_epi32(_mm256_shuffle_epi32(quarter, _MM_SHUFFLE(2, 2, 0, 0)), 1),
+                      _mm256_set1_epi64x(std::int64_t{1} << 32));
   const auto read = [&](int q) {
-    return _mm256_castps_pd(_mm256_permutevar8x32_ps(_mm256_load_ps(
-        reinterpret_cast<const float*>(table + 4 * q)), pairs));
+    return _mm256_castps_pd(_mm256_permutevar8x32_ps(
+        _mm256_load_ps(reinterpret_cast<const float*>(table + 4 * q)), pairs));
   };
   const __m256d bit2 = _mm256_castsi256_pd(_mm256_slli_epi64(bits, 61));
   const __m256d low = _mm256_blendv_pd(read(0), read(1), bit2);
@@ -541,8 +541,8 @@ ZAL_INLINE VS32 ShiftLeft(VS32 v, int count) {
 
 // Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
 // of rows of w = 2 doubles (16-byte aligned; row i for integral, in-range values i) or w = 4
-// doubles (32-byte aligned, the fourth column padding; at in-range byte offsets). Rows 0 and 2, 1 and
-// 3 share a register, so that in-lane unpacks finish the transposition.
+// doubles (32-byte aligned, the fourth column padding; at in-range byte offsets). Rows 0 and 2, 1
+// and 3 share a register, so that in-lane unpacks finish the transposition.
 struct Columns2 {
   VF64 c0;
   VF64 c1;

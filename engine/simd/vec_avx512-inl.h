@@ -486,7 +486,8 @@ struct Columns3 {
 };
 ZAL_INLINE __m512d LoadFourQuarters(const double* a, const double* b, const double* c,
                                     const double* d) {
-  const __m256d low = _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(a)), _mm_load_pd(b), 1);
+  const __m256d low =
+      _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(a)), _mm_load_pd(b), 1);
   const __m256d high =
       _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(c)), _mm_load_pd(d), 1);
   return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
@@ -507,10 +508,10 @@ struct RowAddresses {
 ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
   RowAddresses rows;
   _mm512_store_si512(rows.offset, _mm512_slli_epi64(_mm512_cvttpd_epi64(index.raw), 4));
-  const __m512d even = LoadFourQuarters(rows.Row(table, 0), rows.Row(table, 2),
-                                        rows.Row(table, 4), rows.Row(table, 6));
-  const __m512d odd = LoadFourQuarters(rows.Row(table, 1), rows.Row(table, 3),
-                                       rows.Row(table, 5), rows.Row(table, 7));
+  const __m512d even = LoadFourQuarters(rows.Row(table, 0), rows.Row(table, 2), rows.Row(table, 4),
+                                        rows.Row(table, 6));
+  const __m512d odd = LoadFourQuarters(rows.Row(table, 1), rows.Row(table, 3), rows.Row(table, 5),
+                                       rows.Row(table, 7));
   return {{_mm512_unpacklo_pd(even, odd)}, {_mm512_unpackhi_pd(even, odd)}};
 }
 // Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).

@@ -500,8 +500,8 @@ ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
   const __m128i offsets = _mm_castpd_si128(offset_bits.raw);
   const char* base = reinterpret_cast<const char*>(table);
   const auto* row0 = reinterpret_cast<const double*>(base + _mm_cvtsi128_si64(offsets));
-  const auto* row1 =
-      reinterpret_cast<const double*>(base + _mm_cvtsi128_si64(_mm_unpackhi_epi64(offsets, offsets)));
+  const auto* row1 = reinterpret_cast<const double*>(
+      base + _mm_cvtsi128_si64(_mm_unpackhi_epi64(offsets, offsets)));
   const __m128d a = _mm_load_pd(row0);
   const __m128d b = _mm_load_pd(row1);
   return {{_mm_unpacklo_pd(a, b)},
