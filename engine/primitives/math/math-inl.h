@@ -282,33 +282,45 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
 }
 
 // The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
-// NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52.
+// NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52. Out of
+// line, so that the plain path keeps its constants in registers.
+ZAL_NOINLINE void LnF64Special(const double* xs, double* out, std::ptrdiff_t first) {
+  const VF64 x = Load(xs);
+  const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
+  const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
+  const VF64 zero = Constant<VF64>(0.0);
+  const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
+  const auto pole = Equal(x, zero);
+  const auto domain = Less(x, zero);
+  const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
+  const VF64 scaled = Select(subnormal, x * Constant<VF64>(4503599627370496.0), x);
+  const Sum<VF64> ln = LnF64Parts(Select(normal | subnormal, scaled, Constant<VF64>(1.0)),
+                                  Select(subnormal, Constant<VF64>(-52.0), zero), kLog1pTail6);
+  VF64 y = ln.hi + ln.lo;
+  y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
+  y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
+  y = Select(Less(max_finite, x), x, y);
+  // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+  y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
+  Store(out, y);
+  if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
+  if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
+}
+
 struct LnF64Op {
   static constexpr bool kTakesIndex = true;
   ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x) const {
     const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
     const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
-    const VF64 zero = Constant<VF64>(0.0);
-    const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
-    if (AllLanes<VF64>(normal)) {
-      const Sum<VF64> ln = LnF64Parts(x, zero, kLog1pTail6);
+    if (AllLanes<VF64>(LessEqual(min_normal, x) & LessEqual(x, max_finite))) {
+      const Sum<VF64> ln = LnF64Parts(x, Constant<VF64>(0.0), kLog1pTail6);
       return ln.hi + ln.lo;
     }
-    const auto pole = Equal(x, zero);
-    const auto domain = Less(x, zero);
-    const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
-    const VF64 scaled = Select(subnormal, x * Constant<VF64>(4503599627370496.0), x);
-    const Sum<VF64> ln = LnF64Parts(Select(normal | subnormal, scaled, Constant<VF64>(1.0)),
-                                    Select(subnormal, Constant<VF64>(-52.0), zero), kLog1pTail6);
-    VF64 y = ln.hi + ln.lo;
-    y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
-    y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
-    y = Select(Less(max_finite, x), x, y);
-    // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
-    y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
-    if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
-    if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
-    return y;
+    alignas(64) double xs[VF64::kLanes];
+    alignas(64) double out[VF64::kLanes];
+    Store(xs, x);
+    LnF64Special(xs, out, first);
+    return Load(out);
   }
 };
 
