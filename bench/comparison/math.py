@@ -116,6 +116,8 @@ def markdown(context, table):
         body = []
         for key in sorted(table, key=member_order):
             contenders = table[key]
+            if not any(level in contenders for level in levels):
+                continue
             sleef = contenders.get("sleef")
             cells = []
             for level in levels:
