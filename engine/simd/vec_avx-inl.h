@@ -566,7 +566,7 @@ struct RowAddresses {
 };
 ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
   alignas(16) std::int32_t offset[4];
-  _mm_store_si128(reinterpret_cast<__m128i*>(offset),
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(offset),
                   _mm_slli_epi32(_mm256_cvttpd_epi32(index.raw), 4));
   const volatile std::int32_t* lanes = offset;
   const auto row = [&](int lane) {
@@ -579,7 +579,7 @@ ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
 // Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).
 ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
   RowAddresses rows;
-  _mm256_store_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
+  _mm256_storeu_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
   const double* row0 = rows.Row(table, 0);
   const double* row1 = rows.Row(table, 1);
   const double* row2 = rows.Row(table, 2);

@@ -507,7 +507,7 @@ struct RowAddresses {
 };
 ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
   RowAddresses rows;
-  _mm512_store_si512(rows.offset, _mm512_slli_epi64(_mm512_cvttpd_epi64(index.raw), 4));
+  _mm512_storeu_si512(rows.offset, _mm512_slli_epi64(_mm512_cvttpd_epi64(index.raw), 4));
   const __m512d even = LoadFourQuarters(rows.Row(table, 0), rows.Row(table, 2), rows.Row(table, 4),
                                         rows.Row(table, 6));
   const __m512d odd = LoadFourQuarters(rows.Row(table, 1), rows.Row(table, 3), rows.Row(table, 5),
@@ -517,7 +517,7 @@ ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
 // Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).
 ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
   RowAddresses rows;
-  _mm512_store_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
+  _mm512_storeu_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
   const __m512d rows02 = LoadTwoHalves(rows.Row(table, 0), rows.Row(table, 2));
   const __m512d rows13 = LoadTwoHalves(rows.Row(table, 1), rows.Row(table, 3));
   const __m512d rows46 = LoadTwoHalves(rows.Row(table, 4), rows.Row(table, 6));
