@@ -1,4 +1,5 @@
-// The math functions against their peers, in one binary: the library at its natural level,
+// The math functions against their peers, in one binary: the library at its natural level (and,
+// as contenders ours_<level>, at every level this processor runs),
 // SLEEF, the C library's scalar loop and its vector library (a loop built with -O3 -march=native
 // -ffast-math), and VOLK where it has the function. Every contender gets the same 64-byte aligned
 // buffers of arguments inside each function's usual domain. Items are elements; bytes each element
@@ -12,11 +13,15 @@
 #include <vector>
 
 #include "bench/math_contenders.h"
+#include "engine/core/level.h"
+#include "zalaccelerate/core.h"
 
 namespace zal::bench::math {
 namespace {
 
 constexpr std::int64_t kSizes[] = {64, 4096};
+// A peer's benchmark leaves the dispatch index alone.
+constexpr int kPeerLevel = -2;
 
 struct MemberInfo {
   const char* name;
@@ -89,8 +94,32 @@ T* Aligned(std::size_t n) {
   return static_cast<T*>(std::aligned_alloc(64, (n * sizeof(T) + 63) / 64 * 64));
 }
 
+constexpr int kNaturalLevel = -1;
+
+// The dispatch index is process-wide: every benchmark of ours puts its level in force, the natural
+// one included, so that no level is left over from the benchmark before.
+bool SelectLevel(int level) {
+  engStartDispatch();
+  static const int natural = engGetDispatchIndex();
+  const int wanted = level == kNaturalLevel ? natural : level;
+  int selected = -1;
+  engSelectCpuFeatures(engine::kLevelNeeds[wanted], &selected);
+  engSetDispatchIndex(selected);
+  return engGetDispatchIndex() == wanted;
+}
+
+bool LevelRuns(int level) {
+  std::uint64_t features = 0;
+  engGetCpuFeatures(&features, nullptr);
+  return (features & engine::kLevelNeeds[level]) == engine::kLevelNeeds[level];
+}
+
 template <class T>
-void Run(benchmark::State& state, Runner<T> runner, Member member) {
+void Run(benchmark::State& state, Runner<T> runner, Member member, int level) {
+  if (level != kPeerLevel && !SelectLevel(level)) {
+    state.SkipWithError("the level could not be selected");
+    return;
+  }
   const auto n = static_cast<std::size_t>(state.range(0));
   std::vector<T> a_values(n), b_values(n);
   Arguments(member, a_values, b_values);
@@ -117,14 +146,15 @@ void Run(benchmark::State& state, Runner<T> runner, Member member) {
 }
 
 template <class T>
-void Register(const char* type, const Contender& contender, const Runners<T>& runners) {
+void Register(const char* type, const std::string& contender, const Runners<T>& runners,
+              int level) {
   for (int m = 0; m < kMemberCount; ++m) {
     if (!runners[m]) continue;
-    const std::string name = std::string(type) + "." + kMembers[m].name + "/" + contender.name;
-    auto* b = benchmark::RegisterBenchmark(name.c_str(),
-                                           [runner = runners[m], m](benchmark::State& state) {
-                                             Run<T>(state, runner, static_cast<Member>(m));
-                                           });
+    const std::string name = std::string(type) + "." + kMembers[m].name + "/" + contender;
+    auto* b = benchmark::RegisterBenchmark(
+        name.c_str(), [runner = runners[m], m, level](benchmark::State& state) {
+          Run<T>(state, runner, static_cast<Member>(m), level);
+        });
     for (std::int64_t n : kSizes) b->Arg(n);
     b->ArgName("n");
   }
@@ -135,11 +165,19 @@ void Register(const char* type, const Contender& contender, const Runners<T>& ru
 
 int main(int argc, char** argv) {
   using namespace zal::bench::math;
-  for (const Contender* c : {Ours(), Sleef(), LibmLoop(), LibmvecLoop(), Volk()}) {
+  const Contender* ours = Ours();
+  for (const Contender* c : {ours, Sleef(), LibmLoop(), LibmvecLoop(), Volk()}) {
     if (!c) continue;
     benchmark::AddCustomContext(std::string("contender ") + c->name, c->about);
-    Register<float>("f32", *c, c->f32);
-    Register<double>("f64", *c, c->f64);
+    const int level = c == ours ? kNaturalLevel : kPeerLevel;
+    Register<float>("f32", c->name, c->f32, level);
+    Register<double>("f64", c->name, c->f64, level);
+  }
+  for (int level = 0; level < zal::engine::kLevelCount; ++level) {
+    if (!LevelRuns(level)) continue;
+    const std::string name = std::string("ours_") + zal::engine::kLevelNames[level];
+    Register<float>("f32", name, ours->f32, level);
+    Register<double>("f64", name, ours->f64, level);
   }
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;

@@ -1,5 +1,6 @@
 """Math functions against SLEEF, the C library (scalar loop, and the loop GCC vectorises through
-glibc's vector library with -O3 -march=native -ffast-math) and VOLK, at n = 4 Ki.
+glibc's vector library with -O3 -march=native -ffast-math) and VOLK, at n = 4 Ki; with --levels
+also ours at every level this processor runs, against SLEEF in the same run.
 
 Per member: our ns/element at the natural level, each peer's, and ratios (peer's time / ours:
 above 1 we are faster). For the exact members only peers that compute the exact result count:
@@ -8,7 +9,7 @@ the -ffast-math loop divides and takes square roots by reciprocal approximations
 import re
 import sys
 
-from .common import compare_at_one_size, markdown_table, median_ns, repetitions
+from .common import LEVEL_NAMES, compare_table, markdown_table, median_ns, repetitions
 
 BINARIES = ("zal_bench_math",)
 PEERS = ("sleef", "libm", "libmvec", "volk")
@@ -17,6 +18,7 @@ SIZE = 4096
 NOT_MEASURED = "not measured"
 EXACT = ("Abs", "Sqr", "Sqrt", "Inverse", "Round")
 APPROXIMATING_PEERS = {"Sqrt": ("libmvec",), "Inverse": ("libmvec",)}
+LEVEL_CONTENDERS = tuple(f"ours_{name}" for level, name in LEVEL_NAMES.items() if level >= 0)
 
 
 def times(report):
@@ -34,13 +36,14 @@ MEMBER_ORDER = ("Abs", "Sqr", "Sqrt", "Inverse", "Round", "Exp", "Ln", "Ln_Prec2
                 "Ln_Prec11", "Pow", "Pow_Prec26", "Inverse_Prec26")
 
 
-def rows(table):
-    def order(key):
-        type_, member = key.split()
-        return (type_, MEMBER_ORDER.index(member) if member in MEMBER_ORDER else len(MEMBER_ORDER))
+def member_order(key):
+    type_, member = key.split()
+    return (type_, MEMBER_ORDER.index(member) if member in MEMBER_ORDER else len(MEMBER_ORDER))
 
+
+def rows(table):
     result = []
-    for key in sorted(table, key=order):
+    for key in sorted(table, key=member_order):
         contenders = table[key]
         if "ours" not in contenders:
             continue
@@ -104,9 +107,35 @@ def markdown(context, table):
                      f"{r['ratio']:.2f}" if r["ratio"] else ""])
     lines += markdown_table(["Member", "ours", *PEERS, "best peer", "ratio"],
                             "lrrrrrlr", body)
-    return lines + [""]
+    lines += [""]
+    levels = [c for c in LEVEL_CONTENDERS if any(c in contenders for contenders in table.values())]
+    if levels:
+        lines += ["ns/element at each level, and SLEEF's time / ours at that level (its 1-ulp "
+                  "functions, its 3.5-ulp log for Ln_PrecN; SLEEF itself at its natural width):",
+                  ""]
+        body = []
+        for key in sorted(table, key=member_order):
+            contenders = table[key]
+            if not any(level in contenders for level in levels):
+                continue
+            sleef = contenders.get("sleef")
+            cells = []
+            for level in levels:
+                ns = contenders.get(level)
+                cells.append("" if ns is None else
+                             f"{ns:.3f}" + (f" ({sleef / ns:.2f})" if sleef else ""))
+            body.append([key, f"{sleef:.3f}" if sleef else "", *cells])
+        lines += markdown_table(["Member", "sleef", *(c[len("ours_"):] for c in levels)],
+                                "lr" + "r" * len(levels), body)
+        lines += [""]
+    return lines
 
 
 def compare(run, options):
     """Runs the family's benchmarks; returns the targets, Markdown lines and the JSON record."""
-    return compare_at_one_size(run, options, sys.modules[__name__])
+    def keep(name):
+        match = NAME.match(name)
+        return (match is not None and int(match["n"]) == SIZE and
+                (options.levels or match["contender"] not in LEVEL_CONTENDERS))
+
+    return compare_table(run, options, sys.modules[__name__], "ns_per_element", keep=keep)

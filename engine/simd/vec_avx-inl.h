@@ -413,9 +413,21 @@ ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
 // offset by 1.5 * 2^52 holds its integer).
 ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
 #if ZAL_LEVEL_INDEX >= 4
-  const __m256i j = _mm256_and_si256(_mm256_castpd_si256(v.raw), _mm256_set1_epi64x(15));
-  const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
-  return {_mm256_mask_i64gather_pd(_mm256_setzero_pd(), table, j, all, 8)};
+  // No gather (microcoded on some processors): each quarter of the table is one register that a
+  // permutation of 32-bit pairs reads at j mod 4; bits 2 and 3 of j, moved to the sign, choose.
+  const __m256i bits = _mm256_castpd_si256(v.raw);
+  const __m256i quarter = _mm256_and_si256(bits, _mm256_set1_epi64x(3));
+  const __m256i pairs =
+      _mm256_or_si256(_mm256_slli_epi32(_mm256_shuffle_epi32(quarter, _MM_SHUFFLE(2, 2, 0, 0)), 1),
+                      _mm256_set1_epi64x(std::int64_t{1} << 32));
+  const auto read = [&](int q) {
+    return _mm256_castps_pd(_mm256_permutevar8x32_ps(
+        _mm256_load_ps(reinterpret_cast<const float*>(table + 4 * q)), pairs));
+  };
+  const __m256d bit2 = _mm256_castsi256_pd(_mm256_slli_epi64(bits, 61));
+  const __m256d low = _mm256_blendv_pd(read(0), read(1), bit2);
+  const __m256d high = _mm256_blendv_pd(read(2), read(3), bit2);
+  return {_mm256_blendv_pd(low, high, _mm256_castsi256_pd(_mm256_slli_epi64(bits, 60)))};
 #else
   alignas(32) std::int64_t lanes[4];
   _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), _mm256_castpd_si256(v.raw));
@@ -527,6 +539,73 @@ ZAL_INLINE VS32 ShiftLeft(VS32 v, int count) {
   return {_mm256_sll_epi32(v.raw, _mm_cvtsi32_si128(count))};
 }
 #endif
+
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows of w = 2 doubles (16-byte aligned; row i for integral, in-range values i) or w = 4
+// doubles (32-byte aligned, the fourth column padding; at in-range byte offsets). Rows 0 and 2, 1
+// and 3 share a register, so that in-lane unpacks finish the transposition.
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE __m256d LoadTwoHalves(const double* lower, const double* upper) {
+  return _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(lower)), _mm_load_pd(upper), 1);
+}
+// Byte offsets of the rows, read back from memory: four loads cost less than four lane
+// extractions, which compilers would otherwise make of a store and loads.
+struct RowAddresses {
+  alignas(32) std::int64_t offset[4];
+  const double* Row(const double* table, int lane) const {
+    const volatile std::int64_t* lanes = offset;
+    return reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + lanes[lane]);
+  }
+};
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  alignas(16) std::int32_t offset[4];
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(offset),
+                  _mm_slli_epi32(_mm256_cvttpd_epi32(index.raw), 4));
+  const volatile std::int32_t* lanes = offset;
+  const auto row = [&](int lane) {
+    return reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + lanes[lane]);
+  };
+  const __m256d a = LoadTwoHalves(row(0), row(2));
+  const __m256d b = LoadTwoHalves(row(1), row(3));
+  return {{_mm256_unpacklo_pd(a, b)}, {_mm256_unpackhi_pd(a, b)}};
+}
+// Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
+  RowAddresses rows;
+  _mm256_storeu_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
+  const double* row0 = rows.Row(table, 0);
+  const double* row1 = rows.Row(table, 1);
+  const double* row2 = rows.Row(table, 2);
+  const double* row3 = rows.Row(table, 3);
+  const __m256d front02 = LoadTwoHalves(row0, row2);
+  const __m256d front13 = LoadTwoHalves(row1, row3);
+  const __m256d back02 = LoadTwoHalves(row0 + 2, row2 + 2);
+  const __m256d back13 = LoadTwoHalves(row1 + 2, row3 + 2);
+  return {{_mm256_unpacklo_pd(front02, front13)},
+          {_mm256_unpackhi_pd(front02, front13)},
+          {_mm256_unpacklo_pd(back02, back13)}};
+}
+
+// The lanes' bit patterns shifted right by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 ShiftRightBits(VF64 v) {
+  const __m256i bits = _mm256_castpd_si256(v.raw);
+#if ZAL_LEVEL_INDEX >= 4
+  return {_mm256_castsi256_pd(_mm256_srli_epi64(bits, kShift))};
+#else
+  return {_mm256_castsi256_pd(
+      _mm256_set_m128i(_mm_srli_epi64(_mm256_extractf128_si256(bits, 1), kShift),
+                       _mm_srli_epi64(_mm256_castsi256_si128(bits), kShift)))};
+#endif
+}
 
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

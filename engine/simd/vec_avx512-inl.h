@@ -472,6 +472,74 @@ ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
   return {_mm512_rcp14_pd(v.raw)};
 }
 
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows of w = 2 doubles (16-byte aligned; row i for integral, in-range values i) or w = 4
+// doubles (32-byte aligned, the fourth column padding; at in-range byte offsets). Rows of two: even
+// rows in one register, odd in another, one unpack each column. Rows of four: rows 0 and 2, 1 and
+// 3, 4 and 6, 5 and 7 share registers; unpacks and one 128-bit block shuffle per column finish.
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE __m512d LoadFourQuarters(const double* a, const double* b, const double* c,
+                                    const double* d) {
+  const __m256d low =
+      _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(a)), _mm_load_pd(b), 1);
+  const __m256d high =
+      _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_load_pd(c)), _mm_load_pd(d), 1);
+  return _mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1);
+}
+ZAL_INLINE __m512d LoadTwoHalves(const double* lower, const double* upper) {
+  return _mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_load_pd(lower)), _mm256_load_pd(upper),
+                            1);
+}
+// Byte offsets of the rows, read back from memory: eight loads cost less than eight
+// lane extractions, which compilers would otherwise make of a store and loads.
+struct RowAddresses {
+  alignas(64) std::int64_t offset[8];
+  const double* Row(const double* table, int lane) const {
+    const volatile std::int64_t* lanes = offset;
+    return reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + lanes[lane]);
+  }
+};
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  RowAddresses rows;
+  _mm512_storeu_si512(rows.offset, _mm512_slli_epi64(_mm512_cvttpd_epi64(index.raw), 4));
+  const __m512d even = LoadFourQuarters(rows.Row(table, 0), rows.Row(table, 2), rows.Row(table, 4),
+                                        rows.Row(table, 6));
+  const __m512d odd = LoadFourQuarters(rows.Row(table, 1), rows.Row(table, 3), rows.Row(table, 5),
+                                       rows.Row(table, 7));
+  return {{_mm512_unpacklo_pd(even, odd)}, {_mm512_unpackhi_pd(even, odd)}};
+}
+// Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
+  RowAddresses rows;
+  _mm512_storeu_pd(reinterpret_cast<double*>(rows.offset), offset_bits.raw);
+  const __m512d rows02 = LoadTwoHalves(rows.Row(table, 0), rows.Row(table, 2));
+  const __m512d rows13 = LoadTwoHalves(rows.Row(table, 1), rows.Row(table, 3));
+  const __m512d rows46 = LoadTwoHalves(rows.Row(table, 4), rows.Row(table, 6));
+  const __m512d rows57 = LoadTwoHalves(rows.Row(table, 5), rows.Row(table, 7));
+  // Columns 0 and 2 interleaved, then 1 and 3, for rows 0 to 3 and 4 to 7.
+  const __m512d even_low = _mm512_unpacklo_pd(rows02, rows13);
+  const __m512d even_high = _mm512_unpacklo_pd(rows46, rows57);
+  const __m512d odd_low = _mm512_unpackhi_pd(rows02, rows13);
+  const __m512d odd_high = _mm512_unpackhi_pd(rows46, rows57);
+  return {{_mm512_shuffle_f64x2(even_low, even_high, _MM_SHUFFLE(2, 0, 2, 0))},
+          {_mm512_shuffle_f64x2(odd_low, odd_high, _MM_SHUFFLE(2, 0, 2, 0))},
+          {_mm512_shuffle_f64x2(even_low, even_high, _MM_SHUFFLE(3, 1, 3, 1))}};
+}
+
+// The lanes' bit patterns shifted right by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 ShiftRightBits(VF64 v) {
+  return {_mm512_castsi512_pd(_mm512_srli_epi64(_mm512_castpd_si512(v.raw), kShift))};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL
 

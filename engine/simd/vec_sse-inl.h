@@ -477,5 +477,43 @@ ZAL_INLINE VF64 ApproxReciprocal(VF64 v) {
   return {_mm_cvtps_pd(_mm_rcp_ps(_mm_cvtpd_ps(v.raw)))};
 }
 
+// Rows of a table read by loads that transpose, where a gather would be microcoded: the columns
+// of rows of w = 2 doubles (16-byte aligned; row i for integral, in-range values i) or w = 4
+// doubles (32-byte aligned, the fourth column padding; at in-range byte offsets).
+struct Columns2 {
+  VF64 c0;
+  VF64 c1;
+};
+struct Columns3 {
+  VF64 c0;
+  VF64 c1;
+  VF64 c2;
+};
+ZAL_INLINE Columns2 LookupRowsOf2(const double* table, VF64 index) {
+  const __m128i i = _mm_cvttpd_epi32(index.raw);
+  const __m128d a = _mm_load_pd(table + 2 * _mm_cvtsi128_si32(i));
+  const __m128d b = _mm_load_pd(table + 2 * _mm_cvtsi128_si32(_mm_srli_si128(i, 4)));
+  return {{_mm_unpacklo_pd(a, b)}, {_mm_unpackhi_pd(a, b)}};
+}
+// Rows of four at byte offsets given as the lanes' bit patterns (computed from a value's bits).
+ZAL_INLINE Columns3 LookupRowsOf4(const double* table, VF64 offset_bits) {
+  const __m128i offsets = _mm_castpd_si128(offset_bits.raw);
+  const char* base = reinterpret_cast<const char*>(table);
+  const auto* row0 = reinterpret_cast<const double*>(base + _mm_cvtsi128_si64(offsets));
+  const auto* row1 = reinterpret_cast<const double*>(
+      base + _mm_cvtsi128_si64(_mm_unpackhi_epi64(offsets, offsets)));
+  const __m128d a = _mm_load_pd(row0);
+  const __m128d b = _mm_load_pd(row1);
+  return {{_mm_unpacklo_pd(a, b)},
+          {_mm_unpackhi_pd(a, b)},
+          {_mm_unpacklo_pd(_mm_load_sd(row0 + 2), _mm_load_sd(row1 + 2))}};
+}
+
+// The lanes' bit patterns shifted right by kShift, as 64-bit integers.
+template <int kShift>
+ZAL_INLINE VF64 ShiftRightBits(VF64 v) {
+  return {_mm_castsi128_pd(_mm_srli_epi64(_mm_castpd_si128(v.raw), kShift))};
+}
+
 }  // namespace
 }  // namespace zal::engine::ZAL_LEVEL

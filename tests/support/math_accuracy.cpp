@@ -243,12 +243,23 @@ Sample::Sample(const Function& function, std::uint64_t count, std::uint64_t seed
   Random random(seed);
   x_.resize(count);
   y_.resize(count);
-  exact_.resize(count);
-  error_base_.resize(count);
+  for (std::uint64_t i = 0; i < count; ++i) Arguments(function, random, x_[i], y_[i]);
+  ComputeExact();
+}
+
+Sample::Sample(const Function& function, std::vector<double> x, std::vector<double> y)
+    : function_(&function), x_(std::move(x)), y_(std::move(y)) {
+  y_.resize(x_.size());
+  ComputeExact();
+}
+
+void Sample::ComputeExact() {
+  const Function& function = *function_;
+  exact_.resize(x_.size());
+  error_base_.resize(x_.size());
   mpfr_t exact, rest;
   mpfr_inits2(160, exact, rest, static_cast<mpfr_ptr>(nullptr));
-  for (std::uint64_t i = 0; i < count; ++i) {
-    Arguments(function, random, x_[i], y_[i]);
+  for (std::size_t i = 0; i < x_.size(); ++i) {
     Exact(function, x_[i], y_[i], exact);
     exact_[i] = RoundToType(exact, function.is_double);
     if (std::isfinite(exact_[i])) {

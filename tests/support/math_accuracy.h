@@ -37,6 +37,8 @@ struct Errors {
 class Sample {
  public:
   Sample(const Function& function, std::uint64_t count, std::uint64_t seed);
+  // Chosen arguments (y ignored, and may be empty, for functions of one argument).
+  Sample(const Function& function, std::vector<double> x, std::vector<double> y);
   // The kernel of `function` at `level` (0..5) over the sample.
   Errors Measure(int level) const;
 
@@ -46,6 +48,8 @@ class Sample {
   std::vector<double> y_;
   std::vector<double> exact_;       // rounded to the result type, for special cases and ulp size
   std::vector<double> error_base_;  // exact - rounded, to 2^-100 relative: keeps the error exact
+
+  void ComputeExact();
 };
 
 // Whether the errors stay within the function's accuracy class.

@@ -106,10 +106,10 @@ ZAL_INLINE VF64 ExpF64Core(VF64 x, VF64 extra, const double (&tail)[N], bool wid
   VF64 r = MulAdd(kd, Constant<VF64>(-kExpStepHigh), x);
   r = MulAdd(kd, Constant<VF64>(-kExpStepLow), r) + extra;
   const VF64 e = Floor(kd * Constant<VF64>(1.0 / 128));
-  const VF64 j2 = (kd - e * Constant<VF64>(128.0)) * Constant<VF64>(2.0);
-  const VF64 power = Gather(reinterpret_cast<const double*>(kExpTable), j2);
-  const VF64 q = MulAdd(r * r, Polynomial(r, tail), r) +
-                 Gather(reinterpret_cast<const double*>(kExpTable) + 1, j2);
+  const Columns2 entry =
+      LookupRowsOf2(reinterpret_cast<const double*>(kExpTable), kd - e * Constant<VF64>(128.0));
+  const VF64 power = entry.c0;
+  const VF64 q = MulAdd(r * r, Polynomial(r, tail), r) + entry.c1;
   // Scaled last: the small product power q must not fall below the normal range first.
   const VF64 value = MulAdd(power, q, power);
   return wide ? ScaleWide(value, e) : value * Pow2I(e);
@@ -254,18 +254,20 @@ template <bool kDoubleDouble = false, std::size_t N>
 ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
   const VF64 one = Constant<VF64>(1.0);
   const VF64 m = Or(And(x, FromBits<VF64>(0x000FFFFFFFFFFFFFu)), one);
-  const VF64 e = ExponentField(x) - Constant<VF64>(1023.0) + offset;
-  // The index rounds the top ten fraction bits to an even number of 1024ths: m_i = 1 + i/512.
-  const VF64 i = Floor(MulAdd(m - one, Constant<VF64>(512.0), Constant<VF64>(0.5)));
-  const VF64 m_i = MulAdd(i, Constant<VF64>(1.0 / 512), one);
-  const VF64 i3 = i * Constant<VF64>(3.0);
-  const VF64 c = Gather(reinterpret_cast<const double*>(kLnTable), i3);
+  // The offset joins the bias: a constant zero folds away.
+  const VF64 e = ExponentField(x) - (Constant<VF64>(1023.0) - offset);
+  // The index rounds the top ten fraction bits t to an even number of 1024ths: i = (t + 1) >> 1,
+  // m_i = 1 + i/512. Worked on the bits, as the row's byte offset 32 i = ((16 t + 16) & ~31);
+  // shifted into the fraction it makes m_i (i = 512 carries into the exponent: m_i = 2).
+  const VF64 t16 = And(ShiftRightBits<38>(x), FromBits<VF64>(0x3FF0u));
+  const VF64 row = And(AddShiftedBits<0>(t16, FromBits<VF64>(16u)), FromBits<VF64>(~31ull));
+  const VF64 m_i = AddShiftedBits<38>(one, row);
+  const Columns3 entry = LookupRowsOf4(reinterpret_cast<const double*>(kLnTable), row);
+  const VF64 c = entry.c0;
   const VF64 r = MulAdd(m - m_i, c, MulAdd(m_i, c, Negate(one)));
-  const VF64 w = MulAdd(e, Constant<VF64>(kLn2High),
-                        Gather(reinterpret_cast<const double*>(kLnTable) + 1, i3));
+  const VF64 w = MulAdd(e, Constant<VF64>(kLn2High), entry.c1);
   const Sum<VF64> head = FastTwoSum(w, r);
-  const VF64 low =
-      MulAdd(e, Constant<VF64>(kLn2Low), Gather(reinterpret_cast<const double*>(kLnTable) + 2, i3));
+  const VF64 low = MulAdd(e, Constant<VF64>(kLn2Low), entry.c2);
   const VF64 r2 = r * r;
   if constexpr (kDoubleDouble) {
     // -r^2/2 may be 2^-9 of the result where hi cancels: it joins hi exactly, its rounding
@@ -280,33 +282,45 @@ ZAL_INLINE Sum<VF64> LnF64Parts(VF64 x, VF64 offset, const double (&tail)[N]) {
 }
 
 // The double logarithm's special lanes, in order: ±0 gives -inf (pole, reported), +inf itself,
-// NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52.
+// NaN quietened, negative the default NaN (domain, reported), subnormal scaled by 2^52. Out of
+// line, so that the plain path keeps its constants in registers.
+ZAL_NOINLINE void LnF64Special(const double* xs, double* out, std::ptrdiff_t first) {
+  const VF64 x = Load(xs);
+  const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
+  const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
+  const VF64 zero = Constant<VF64>(0.0);
+  const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
+  const auto pole = Equal(x, zero);
+  const auto domain = Less(x, zero);
+  const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
+  const VF64 scaled = Select(subnormal, x * Constant<VF64>(4503599627370496.0), x);
+  const Sum<VF64> ln = LnF64Parts(Select(normal | subnormal, scaled, Constant<VF64>(1.0)),
+                                  Select(subnormal, Constant<VF64>(-52.0), zero), kLog1pTail6);
+  VF64 y = ln.hi + ln.lo;
+  y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
+  y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
+  y = Select(Less(max_finite, x), x, y);
+  // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
+  y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
+  Store(out, y);
+  if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
+  if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
+}
+
 struct LnF64Op {
   static constexpr bool kTakesIndex = true;
   ZAL_INLINE VF64 operator()(std::ptrdiff_t first, VF64 x) const {
     const VF64 min_normal = Constant<VF64>(std::numeric_limits<double>::min());
     const VF64 max_finite = Constant<VF64>(std::numeric_limits<double>::max());
-    const VF64 zero = Constant<VF64>(0.0);
-    const auto normal = LessEqual(min_normal, x) & LessEqual(x, max_finite);
-    if (AllLanes<VF64>(normal)) {
-      const Sum<VF64> ln = LnF64Parts(x, zero, kLog1pTail6);
+    if (AllLanes<VF64>(LessEqual(min_normal, x) & LessEqual(x, max_finite))) {
+      const Sum<VF64> ln = LnF64Parts(x, Constant<VF64>(0.0), kLog1pTail6);
       return ln.hi + ln.lo;
     }
-    const auto pole = Equal(x, zero);
-    const auto domain = Less(x, zero);
-    const auto subnormal = AndNot(LessEqual(x, zero), Less(x, min_normal));
-    const VF64 scaled = Select(subnormal, x * Constant<VF64>(4503599627370496.0), x);
-    const Sum<VF64> ln = LnF64Parts(Select(normal | subnormal, scaled, Constant<VF64>(1.0)),
-                                    Select(subnormal, Constant<VF64>(-52.0), zero), kLog1pTail6);
-    VF64 y = ln.hi + ln.lo;
-    y = Select(domain, FromBits<VF64>(0xFFF8000000000000u), y);
-    y = Select(pole, Constant<VF64>(-std::numeric_limits<double>::infinity()), y);
-    y = Select(Less(max_finite, x), x, y);
-    // x * 1 quietens a NaN, but compilers may fold the product away: set the quiet bit instead.
-    y = Select(Unordered(x, x), Or(x, FromBits<VF64>(0x0008000000000000u)), y);
-    if (const unsigned lanes = LaneBits(pole)) Report(lanes, first, engStsSingularity, "Ln64");
-    if (const unsigned lanes = LaneBits(domain)) Report(lanes, first, engStsDomain, "Ln64");
-    return y;
+    alignas(64) double xs[VF64::kLanes];
+    alignas(64) double out[VF64::kLanes];
+    Store(xs, x);
+    LnF64Special(xs, out, first);
+    return Load(out);
   }
 };
 

@@ -7,11 +7,13 @@ namespace {
 
 // Double logarithm, entry i for m_i = 1 + i/512: c = 1/m_i rounded to 10 significant bits, so
 // that (m - m_i) c and m_i c - 1 are exact; -ln c as a multiple of 2^-43 (high) plus the rest.
-struct LnEntry {
+// Rows padded to 32 bytes, read whole by the kernels' transposing loads.
+struct alignas(32) LnEntry {
   double c;
   double minus_ln_c_high;
   double minus_ln_c_low;
 };
+static_assert(sizeof(LnEntry) == 4 * sizeof(double));
 constexpr LnEntry kLnTable[513] = {{0x1p+0, 0x0p+0, 0x0p+0},
                                    {0x1.ffp-1, 0x1.0040155d4p-9, 0x1.889de70671eefp-45},
                                    {0x1.fep-1, 0x1.008055958p-8, 0x1.166afcb31c67bp-45},
@@ -530,10 +532,11 @@ constexpr double kLn2High = 0x1.62e42fefa38p-1;
 constexpr double kLn2Low = 0x1.ef35793c7673p-45;
 
 // Double exponential, entry j: 2^(j/128) rounded, and its relative rounding error.
-struct ExpEntry {
+struct alignas(16) ExpEntry {
   double power;
   double tail;
 };
+static_assert(sizeof(ExpEntry) == 2 * sizeof(double));
 constexpr ExpEntry kExpTable[128] = {{0x1p+0, 0x0p+0},
                                      {0x1.0163da9fb3335p+0, 0x1.b3b4f1a88bf6ep-54},
                                      {0x1.02c9a3e778061p+0, -0x1.160139cd8dc5dp-56},
