@@ -1,9 +1,10 @@
 // Transforms against FFTW (FFTW_MEASURE plans; Debian's libfftw3, or whichever build of the same
-// soname LD_LIBRARY_PATH puts first), every kind, N = 16 .. 2^20, out of place, warm caches. Names: <kind>.<direction>/<contender>[/level:L]/n:N, kinds r32 r64
-// (real), c32 c64 (interleaved), s32 s64 (split); ours at level -1 is the exported interface
-// with natural dispatch, at 0..5 that level's kernels called directly. FFTW runs the same kind
-// and layout: r2c, interleaved dft, and its guru split interface. Counter MFlops = 5 N log2 N / t
-// for complex kinds, 2.5 N log2 N / t for real ones.
+// soname LD_LIBRARY_PATH puts first), every kind, N = 16 .. 2^20, out of place, warm caches. Names:
+// <kind>.<direction>/<contender>[/level:L]/n:N, kinds r32 r64 (real), c32 c64 (interleaved), s32
+// s64 (split); ours at level -1 is the exported interface with natural dispatch, at 0..5 that
+// level's kernels called directly. FFTW runs the same kind and layout: r2c, interleaved dft, and
+// its guru split interface. Counter MFlops = 5 N log2 N / t for complex kinds, 2.5 N log2 N / t for
+// real ones.
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 

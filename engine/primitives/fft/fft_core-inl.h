@@ -598,7 +598,8 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
   }
   // A closing radix-2 step whose stride holds whole lanes blocks runs inside the lanes pass.
   spec.halves_in_lanes_pass = span == 2 && lanes > 1 && stride % lanes == 0;
-  if (span == 2 && !spec.halves_in_lanes_pass) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
+  if (span == 2 && !spec.halves_in_lanes_pass)
+    spec.passes[spec.pass_count++] = {2, 2, stride, offset};
   spec.row_twiddles = offset;
   if (lanes > 1) offset += 2 * n;
   spec.lane_twiddles = offset;
