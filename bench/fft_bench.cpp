@@ -1,9 +1,10 @@
-// Transforms against FFTW (Debian's libfftw3, FFTW_MEASURE plans), every kind, N = 16 .. 2^20,
-// out of place, warm caches. Names: <kind>.<direction>/<contender>[/level:L]/n:N, kinds r32 r64
-// (real), c32 c64 (interleaved), s32 s64 (split); ours at level -1 is the exported interface
-// with natural dispatch, at 0..5 that level's kernels called directly. FFTW runs the same kind
-// and layout: r2c, interleaved dft, and its guru split interface. Counter MFlops = 5 N log2 N / t
-// for complex kinds, 2.5 N log2 N / t for real ones.
+// Transforms against FFTW (FFTW_MEASURE plans; Debian's libfftw3, or whichever build of the same
+// soname LD_LIBRARY_PATH puts first), every kind, N = 16 .. 2^20, out of place, warm caches. Names:
+// <kind>.<direction>/<contender>[/level:L]/n:N, kinds r32 r64 (real), c32 c64 (interleaved), s32
+// s64 (split); ours at level -1 is the exported interface with natural dispatch, at 0..5 that
+// level's kernels called directly. FFTW runs the same kind and layout: r2c, interleaved dft, and
+// its guru split interface. Counter MFlops = 5 N log2 N / t for complex kinds, 2.5 N log2 N / t for
+// real ones.
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
 
@@ -14,6 +15,10 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#if defined(__linux__)
+#include <dlfcn.h>
+#endif
 
 #include "engine/core/dispatch.h"
 #include "engine/core/level.h"
@@ -229,10 +234,23 @@ void RegisterKind(const char* kind, Layout layout,
   }
 }
 
+// The file the loader took FFTW's single-precision library from, so that a report tells which
+// FFTW it measured.
+std::string FftwLibrary() {
+#if defined(__linux__)
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<void*>(&fftwf_execute), &info) && info.dli_fname) {
+    return info.dli_fname;
+  }
+#endif
+  return "unknown";
+}
+
 void RegisterAll() {
   auto& t = engine::g_dispatch_tables;
   benchmark::AddCustomContext("natural_level",
                               engine::kLevelNames[(engStartDispatch(), engGetDispatchIndex())]);
+  benchmark::AddCustomContext("fftw_library", FftwLibrary());
   RegisterKind<transform::FFTState_Float, float>("r32", Layout::kReal, t.FFTGetSizeRealF32,
                                                  t.FFTInitRealF32, t.FFTFwdRealF32,
                                                  t.FFTInvRealF32);

@@ -21,17 +21,18 @@ class Run:
     def binary(self, name):
         return self.build_dir / "bench" / name
 
-    def report(self, binary, filter_pattern=None):
+    def report(self, binary, filter_pattern=None, environment=None):
         """Google Benchmark's JSON report of the binary, every benchmark repeated. Repetitions
         are shuffled across all benchmarks, so that a slow spell of the machine spreads over
-        every contender instead of falling on one."""
+        every contender instead of falling on one. `environment` replaces the process's."""
         command = ["taskset", "-c", str(self.core), str(binary), "--benchmark_format=json",
                    f"--benchmark_repetitions={self.repetitions}",
                    f"--benchmark_min_time={self.min_time}",
                    "--benchmark_enable_random_interleaving=true"]
         if filter_pattern:
             command.append(f"--benchmark_filter={filter_pattern}")
-        result = subprocess.run(command, stdout=subprocess.PIPE, check=True, text=True)
+        result = subprocess.run(command, stdout=subprocess.PIPE, check=True, text=True,
+                                env=environment)
         return json.loads(result.stdout)
 
     def context(self, report):

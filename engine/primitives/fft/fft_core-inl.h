@@ -411,16 +411,40 @@ ZAL_NOINLINE void LanesPass(In in, Out out, int rows, const T* row_roots, const 
   }
 }
 
+// Row r of the closing radix-2 step (span 2, stride `half`) computed from its two inputs as the
+// lanes pass loads it: the step's own trip through memory costs more than the repeated adds.
+// Every lanes block lies within one half when half is a multiple of the lane count.
+template <class V, class In>
+struct HalvesIn {
+  In in;
+  std::ptrdiff_t half;
+  ZAL_INLINE Cx<V> operator()(std::ptrdiff_t row) const {
+    if (row < half) return in(row) + in(row + half);
+    return in(row - half) - in(row);
+  }
+};
+
+// Step 2, reading the rows as they stand or through the closing radix-2 step.
+template <bool kScaled, class V, class T, class In, class Out>
+ZAL_INLINE void ClosingLanesPass(const FFTSpec& spec, In in, Out out, const T* tables, T scale) {
+  const T* row_roots = tables + spec.row_twiddles;
+  const T* lane_roots = tables + spec.lane_twiddles;
+  if (spec.halves_in_lanes_pass) {
+    LanesPass<kScaled, V, T>(HalvesIn<V, In>{in, spec.rows / 2}, out, spec.rows, row_roots,
+                             lane_roots, scale);
+  } else {
+    LanesPass<kScaled, V, T>(in, out, spec.rows, row_roots, lane_roots, scale);
+  }
+}
+
 // The whole core: passes from `in` through the two buffers of `work`, then `out`. A core of
 // one row has no passes: step 2 reads `in` itself.
 template <bool kScaled, class V, class T, class In, class Out>
 ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
   const T* tables = reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(&spec) +
                                                kFFTSpecHeaderBytes);
-  const T* row_roots = tables + spec.row_twiddles;
-  const T* lane_roots = tables + spec.lane_twiddles;
   if (spec.pass_count == 0) {
-    LanesPass<kScaled, V, T>(in, out, spec.rows, row_roots, lane_roots, scale);
+    ClosingLanesPass<kScaled, V, T>(spec, in, out, tables, scale);
     return;
   }
   const std::ptrdiff_t n = spec.core_length;
@@ -432,8 +456,7 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
     current ^= 1;
     RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
   }
-  LanesPass<kScaled, V, T>(BlocksIn<V, T>{buffers[current]}, out, spec.rows, row_roots, lane_roots,
-                           scale);
+  ClosingLanesPass<kScaled, V, T>(spec, BlocksIn<V, T>{buffers[current]}, out, tables, scale);
 }
 
 // The real forward transform's last pass: X[k] from the half-length transform Z of the
@@ -573,7 +596,10 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
       stride *= radix;
     }
   }
-  if (span == 2) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
+  // A closing radix-2 step whose stride holds whole lanes blocks runs inside the lanes pass.
+  spec.halves_in_lanes_pass = span == 2 && lanes > 1 && stride % lanes == 0;
+  if (span == 2 && !spec.halves_in_lanes_pass)
+    spec.passes[spec.pass_count++] = {2, 2, stride, offset};
   spec.row_twiddles = offset;
   if (lanes > 1) offset += 2 * n;
   spec.lane_twiddles = offset;

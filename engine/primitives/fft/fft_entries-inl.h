@@ -3,6 +3,7 @@
 // kSpecLevel (the tag a spec carries, so that no other level runs it) and WithLanes(spec, body),
 // which calls body with the vector type the spec was planned for.
 
+#include "engine/primitives/fft/fft_real_straight-inl.h"
 #include "engine/primitives/fft/fft_short-inl.h"
 
 template <class T>
@@ -213,6 +214,15 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
   if (spec->core_length == 0) {
     ShortRealTransform<kInverse>(src, dst, spec->order);
     return engStsNoErr;
+  }
+  // The levels' own; the portable variant keeps the general algorithm, the tests' oracle.
+  if constexpr (FFTVector<T>::kLanes > 1) {
+    if (IsStraightRealOrder(spec->order)) {
+      const T* roots_re = RealTables<T>(*spec);
+      const T* roots_im = roots_re + spec->core_length / 2 + 1;
+      StraightRealTransform<kInverse, 16>(src, dst, roots_re, roots_im);
+      return engStsNoErr;
+    }
   }
   if (spec->short_rows > 0) {
     WithShortRows(spec->short_rows, [&](auto rows) {

@@ -43,6 +43,9 @@ struct FFTSpec {
   int row_twiddles;
   int lane_twiddles;
   int real_twiddles;
+  // 1 when the closing radix-2 step of the rows transform runs in the lanes pass's loads instead
+  // of as a pass of its own (not in `passes`).
+  int halves_in_lanes_pass;
 };
 
 // Bytes from the start of the plan block to its unit-root tables: the header rounded up to whole
