@@ -551,8 +551,9 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
     RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
   }
   if (spec.closing_in_lanes) {
-    const RowRootsProduct<V, T> product{
-        row_roots, row_roots + (2 * spec.lanes << spec.row_fine_bits), spec.row_fine_bits};
+    const RowRootsProduct<V, T> product{row_roots,
+                                        row_roots + (2 * spec.lanes << spec.row_fine_bits),
+                                        spec.row_fine_bits};
     RunClosingLanesPass<kScaled, V>(spec.passes[spec.pass_count - 1].radix,
                                     BlocksIn<V, T>{buffers[current]}, out, spec.rows, product,
                                     lane_roots, scale, work + 4 * n);
