@@ -352,36 +352,11 @@ ZAL_INLINE void LanesTransform(Cx<V>* x, const T* roots) {
   }
 }
 
-// Step 2's twiddles exp(-2 pi i l row / n) of one row across the lanes l, from a table of every
-// row.
-template <class V, class T>
-struct RowRootsTable {
-  const T* table;
-  ZAL_INLINE Cx<V> operator()(std::ptrdiff_t row) const {
-    const T* w = table + 2 * V::kLanes * row;
-    return {LoadLanes<V>(w), LoadLanes<V>(w + V::kLanes)};
-  }
-};
-
-// The same twiddles as the product of a fine root (the row's low bits) and a coarse one (its high
-// bits): two tables of about sqrt(rows) rows, which stay in cache, instead of one as large as the
-// data, which makes the lanes pass read a second stream from memory.
-template <class V, class T>
-struct RowRootsProduct {
-  const T* fine;
-  const T* coarse;
-  int fine_bits;
-  ZAL_INLINE Cx<V> operator()(std::ptrdiff_t row) const {
-    const std::ptrdiff_t low = row & ((std::ptrdiff_t{1} << fine_bits) - 1);
-    return Times(RowRootsTable<V, T>{fine}(low), RowRootsTable<V, T>{coarse}(row >> fine_bits));
-  }
-};
-
 // Step 2 for the rows first_row .. first_row + count - 1 (count <= lanes; missing rows are
 // zero): twiddle, transpose, lanes-point transform. y[k2] holds X[k1 + rows * k2] in lane
 // k1 - first_row.
-template <bool kScaled, class V, class T, class In, class RowRoots>
-ZAL_INLINE void LanesBlock(In in, std::ptrdiff_t first_row, int count, RowRoots row_roots,
+template <bool kScaled, class V, class T, class In>
+ZAL_INLINE void LanesBlock(In in, std::ptrdiff_t first_row, int count, const T* row_roots,
                            const T* lane_roots, V factor, Cx<V>* y) {
   constexpr int kW = V::kLanes;
   constexpr int kBits = Log2(kW);
@@ -393,7 +368,8 @@ ZAL_INLINE void LanesBlock(In in, std::ptrdiff_t first_row, int count, RowRoots 
     Cx<V> x{};
     if (j < count) x = in(row);
     if constexpr (kW > 1) {
-      if (j < count) x = Times(x, row_roots(row));
+      const T* w = row_roots + 2 * kW * row;
+      if (j < count) x = Times(x, Cx<V>{Load(w), Load(w + kW)});
     }
     re[j] = x.re;
     im[j] = x.im;
@@ -422,15 +398,14 @@ ZAL_NOINLINE void LanesPass(In in, Out out, int rows, const T* row_roots, const 
   const V factor = BroadcastLanes<V>(scale);
   Cx<V> y[kW];
   if (rows < kW) {
-    LanesBlock<kScaled, V, T>(in, 0, rows, RowRootsTable<V, T>{row_roots}, lane_roots, factor, y);
+    LanesBlock<kScaled, V, T>(in, 0, rows, row_roots, lane_roots, factor, y);
     ZAL_FFT_UNROLL
     for (int k2 = 0; k2 < kW; ++k2) out.Partial(std::ptrdiff_t{k2} * rows, y[k2], rows);
     return;
   }
   const std::ptrdiff_t blocks = rows / kW;
   for (std::ptrdiff_t b = 0; b < blocks; ++b) {
-    LanesBlock<kScaled, V, T>(in, b * kW, kW, RowRootsTable<V, T>{row_roots}, lane_roots, factor,
-                              y);
+    LanesBlock<kScaled, V, T>(in, b * kW, kW, row_roots, lane_roots, factor, y);
     ZAL_FFT_UNROLL
     for (int k2 = 0; k2 < kW; ++k2) out(k2 * blocks + b, y[k2]);
   }
@@ -480,7 +455,7 @@ struct BlockRows {
 // cache, then step 2 reads its kR row blocks q + k stride from there. At large sizes this saves
 // writing and reading back the whole transform once.
 template <int kR, bool kScaled, class V, class T, class In, class Out>
-ZAL_NOINLINE void ClosingLanesPass(In in, Out out, int rows, RowRootsProduct<V, T> row_roots,
+ZAL_NOINLINE void ClosingLanesPass(In in, Out out, int rows, const T* row_roots,
                                    const T* lane_roots, T scale, T* block) {
   constexpr int kW = V::kLanes;
   const V factor = BroadcastLanes<V>(scale);
@@ -509,9 +484,8 @@ ZAL_NOINLINE void ClosingLanesPass(In in, Out out, int rows, RowRootsProduct<V, 
 }
 
 template <bool kScaled, class V, class T, class In, class Out>
-ZAL_INLINE void RunClosingLanesPass(int radix, In in, Out out, int rows,
-                                    RowRootsProduct<V, T> row_roots, const T* lane_roots, T scale,
-                                    T* block) {
+ZAL_INLINE void RunClosingLanesPass(int radix, In in, Out out, int rows, const T* row_roots,
+                                    const T* lane_roots, T scale, T* block) {
   if (radix == 2) {
     ClosingLanesPass<2, kScaled, V>(in, out, rows, row_roots, lane_roots, scale, block);
   } else if (radix == 4) {
@@ -551,11 +525,8 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
     RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
   }
   if (spec.closing_in_lanes) {
-    const RowRootsProduct<V, T> product{row_roots,
-                                        row_roots + (2 * spec.lanes << spec.row_fine_bits),
-                                        spec.row_fine_bits};
     RunClosingLanesPass<kScaled, V>(spec.passes[spec.pass_count - 1].radix,
-                                    BlocksIn<V, T>{buffers[current]}, out, spec.rows, product,
+                                    BlocksIn<V, T>{buffers[current]}, out, spec.rows, row_roots,
                                     lane_roots, scale, work + 4 * n);
     return;
   }
@@ -715,13 +686,7 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
   if (span == 2) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
   spec.closing_in_lanes = lanes > 1 && n >= kClosingInLanesFrom && spec.pass_count >= 2;
   spec.row_twiddles = offset;
-  // A lanes pass that runs the closing pass splits its row roots into fine and coarse tables.
-  spec.row_fine_bits = spec.closing_in_lanes ? (Log2(spec.rows) + 1) / 2 : 0;
-  if (spec.closing_in_lanes) {
-    offset += 2 * lanes * ((1 << spec.row_fine_bits) + (spec.rows >> spec.row_fine_bits));
-  } else if (lanes > 1) {
-    offset += 2 * n;
-  }
+  if (lanes > 1) offset += 2 * n;
   spec.lane_twiddles = offset;
   offset += lanes;
   spec.real_twiddles = offset;
@@ -744,21 +709,14 @@ void FillCoreTables(const FFTSpec& spec, T* tables) {
     }
   }
   const int lanes = spec.lanes;
-  T* row_roots = tables + spec.row_twiddles;
-  const auto fill_rows = [&](int count, long long step) {
-    for (int row = 0; row < count; ++row) {
+  if (lanes > 1) {
+    T* row_roots = tables + spec.row_twiddles;
+    for (int row = 0; row < spec.rows; ++row) {
       for (int l = 0; l < lanes; ++l) {
-        FFTUnitRoot(row * step * l, spec.core_length, row_roots + 2 * lanes * row + l,
-                    row_roots + 2 * lanes * row + lanes + l);
+        FFTUnitRoot(static_cast<long long>(row) * l, spec.core_length,
+                    row_roots + 2 * lanes * row + l, row_roots + 2 * lanes * row + lanes + l);
       }
     }
-    row_roots += 2 * lanes * count;
-  };
-  if (spec.closing_in_lanes) {
-    fill_rows(1 << spec.row_fine_bits, 1);
-    fill_rows(spec.rows >> spec.row_fine_bits, 1LL << spec.row_fine_bits);
-  } else if (lanes > 1) {
-    fill_rows(spec.rows, 1);
   }
   T* lane_roots = tables + spec.lane_twiddles;
   for (int t = 0; t < lanes / 2; ++t) {

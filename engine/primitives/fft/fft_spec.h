@@ -45,10 +45,6 @@ struct FFTSpec {
   int work_bytes;
   FFTPass passes[kFFTMaxOrder];
   int row_twiddles;
-  // With the closing pass in the lanes pass, the lanes pass's row roots are products of a fine
-  // table (2^row_fine_bits rows) and a coarse one (the rest of the row's bits) at row_twiddles;
-  // 0 for one table of every row.
-  int row_fine_bits;
   int lane_twiddles;
   int real_twiddles;
 };
