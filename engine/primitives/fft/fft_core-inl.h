@@ -411,100 +411,8 @@ ZAL_NOINLINE void LanesPass(In in, Out out, int rows, const T* row_roots, const 
   }
 }
 
-// The kR-point transform (kR = 2, 4, 8 or 16) in place, results in natural order: the closing
-// pass's butterfly, as TwoStepPass computes it without roots.
-template <int kR, class V, class T>
-ZAL_INLINE void ClosingButterfly(Cx<V>* x) {
-  if constexpr (kR <= 4) {
-    Butterfly<kR>(x);
-  } else {
-    constexpr int kQ = kR / 4;
-    Cx<V> y[kR];
-    ZAL_FFT_UNROLL
-    for (int j1 = 0; j1 < kQ; ++j1) {
-      Cx<V> column[4];
-      ZAL_FFT_UNROLL
-      for (int j2 = 0; j2 < 4; ++j2) column[j2] = x[j1 + kQ * j2];
-      Butterfly4(column);
-      ZAL_FFT_UNROLL
-      for (int k1 = 0; k1 < 4; ++k1) {
-        y[kQ * k1 + j1] = TimesRoot16<V, T>(column[k1], j1 * k1 * (16 / kR));
-      }
-    }
-    ZAL_FFT_UNROLL
-    for (int k1 = 0; k1 < 4; ++k1) {
-      Butterfly<kQ>(y + kQ * k1);
-      ZAL_FFT_UNROLL
-      for (int k2 = 0; k2 < kQ; ++k2) x[k1 + 4 * k2] = y[kQ * k1 + k2];
-    }
-  }
-}
-
-// Rows first .. first + lanes - 1 of the row transform, held in a block of consecutive points.
-template <class V, class T>
-struct BlockRows {
-  const T* block;
-  std::ptrdiff_t first;
-  ZAL_INLINE Cx<V> operator()(std::ptrdiff_t row) const {
-    return BlocksIn<V, T>{block}(row - first);
-  }
-};
-
-// The closing pass (radix kR, span kR, stride rows / kR) and step 2 in one trip: the butterflies
-// of lanes consecutive columns q fill a block of kR x lanes points that stays in the first-level
-// cache, then step 2 reads its kR row blocks q + k stride from there. At large sizes this saves
-// writing and reading back the whole transform once.
-template <int kR, bool kScaled, class V, class T, class In, class Out>
-ZAL_NOINLINE void ClosingLanesPass(In in, Out out, int rows, const T* row_roots,
-                                   const T* lane_roots, T scale, T* block) {
-  constexpr int kW = V::kLanes;
-  const V factor = BroadcastLanes<V>(scale);
-  const BlocksOut<V, T> to_block{block};
-  const std::ptrdiff_t s = rows / kR;
-  const std::ptrdiff_t blocks = rows / kW;
-  for (std::ptrdiff_t q0 = 0; q0 < s; q0 += kW) {
-    for (int i = 0; i < kW; ++i) {
-      Cx<V> x[kR];
-      ZAL_FFT_UNROLL
-      for (int j = 0; j < kR; ++j) x[j] = in(q0 + i + j * s);
-      ClosingButterfly<kR, V, T>(x);
-      ZAL_FFT_UNROLL
-      for (int k = 0; k < kR; ++k) to_block(k * kW + i, x[k]);
-    }
-    for (int k = 0; k < kR; ++k) {
-      const std::ptrdiff_t first_row = q0 + k * s;
-      Cx<V> y[kW];
-      LanesBlock<kScaled, V, T>(BlockRows<V, T>{block + 2 * kW * kW * k, first_row}, first_row, kW,
-                                row_roots, lane_roots, factor, y);
-      const std::ptrdiff_t b = first_row / kW;
-      ZAL_FFT_UNROLL
-      for (int k2 = 0; k2 < kW; ++k2) out(k2 * blocks + b, y[k2]);
-    }
-  }
-}
-
-template <bool kScaled, class V, class T, class In, class Out>
-ZAL_INLINE void RunClosingLanesPass(int radix, In in, Out out, int rows, const T* row_roots,
-                                    const T* lane_roots, T scale, T* block) {
-  if (radix == 2) {
-    ClosingLanesPass<2, kScaled, V>(in, out, rows, row_roots, lane_roots, scale, block);
-  } else if (radix == 4) {
-    ClosingLanesPass<4, kScaled, V>(in, out, rows, row_roots, lane_roots, scale, block);
-  } else if (radix == 8) {
-    ClosingLanesPass<8, kScaled, V>(in, out, rows, row_roots, lane_roots, scale, block);
-  } else {
-    ClosingLanesPass<16, kScaled, V>(in, out, rows, row_roots, lane_roots, scale, block);
-  }
-}
-
-// Passes that write the work buffers: all but a closing pass run inside the lanes pass.
-inline int BufferedPasses(const FFTSpec& spec) {
-  return spec.pass_count - spec.closing_in_lanes;
-}
-
 // The whole core: passes from `in` through the two buffers of `work`, then `out`. A core of
-// one row has no passes: step 2 reads `in` itself. A closing pass planned inside the lanes pass
-// uses the block after the two buffers.
+// one row has no passes: step 2 reads `in` itself.
 template <bool kScaled, class V, class T, class In, class Out>
 ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
   const T* tables = reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(&spec) +
@@ -519,16 +427,10 @@ ZAL_INLINE void RunCore(const FFTSpec& spec, In in, Out out, T* work, T scale) {
   T* buffers[2] = {work, work + 2 * n};
   RunPass<V, T>(spec.passes[0], in, buffers[0], tables);
   int current = 0;
-  for (int i = 1; i < BufferedPasses(spec); ++i) {
+  for (int i = 1; i < spec.pass_count; ++i) {
     const BlocksIn<V, T> from{buffers[current]};
     current ^= 1;
     RunPass<V, T>(spec.passes[i], from, buffers[current], tables);
-  }
-  if (spec.closing_in_lanes) {
-    RunClosingLanesPass<kScaled, V>(spec.passes[spec.pass_count - 1].radix,
-                                    BlocksIn<V, T>{buffers[current]}, out, spec.rows, row_roots,
-                                    lane_roots, scale, work + 4 * n);
-    return;
   }
   LanesPass<kScaled, V, T>(BlocksIn<V, T>{buffers[current]}, out, spec.rows, row_roots, lane_roots,
                            scale);
@@ -648,18 +550,6 @@ constexpr int WidestRadix(int rows, int lanes) {
 #endif
 }
 
-// From this core length on, the data and the work buffers outgrow the second-level cache and the
-// closing pass runs inside the lanes pass. Shorter cores keep the separate pass, which measured
-// as fast there.
-inline constexpr int kClosingInLanesFrom = 8192;
-
-// Scalars of the work buffer: two buffers of n points, and the closing pass's block when the lanes
-// pass runs it (room for the widest radix).
-inline int WorkScalars(const FFTSpec& spec) {
-  const int block = spec.closing_in_lanes ? 2 * 16 * spec.lanes * spec.lanes : 0;
-  return 4 * spec.core_length + block;
-}
-
 // The pass plan and table offsets for a core of 2^core_order points at `lanes` lanes.
 template <class T>
 void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
@@ -684,7 +574,6 @@ void PlanCore(FFTSpec& spec, int core_order, int lanes, int* table_scalars) {
     }
   }
   if (span == 2) spec.passes[spec.pass_count++] = {2, 2, stride, offset};
-  spec.closing_in_lanes = lanes > 1 && n >= kClosingInLanesFrom && spec.pass_count >= 2;
   spec.row_twiddles = offset;
   if (lanes > 1) offset += 2 * n;
   spec.lane_twiddles = offset;

@@ -30,7 +30,7 @@ EngStatus Plan(FFTKind kind, int order, int flag, FFTSpec& spec, int* table_scal
   if (IsRealKind<T>(kind)) *table_scalars += 2 * (spec.core_length / 2 + 1);
   const bool in_registers = lanes == kLanes && spec.rows <= kShortMaxRows;
   spec.short_rows = in_registers ? spec.rows : 0;
-  spec.work_bytes = in_registers ? 0 : WorkScalars(spec) * static_cast<int>(sizeof(T));
+  spec.work_bytes = in_registers ? 0 : 4 * spec.core_length * static_cast<int>(sizeof(T));
   return engStsNoErr;
 }
 
@@ -233,8 +233,8 @@ EngStatus RealTransform(FFTKind kind, const T* src, T* dst, const FFTSpec* spec,
       RunCore<true, V>(*spec, SplitIn<V, T, true>{z, z + n}, PairsOut<V, T, true>{dst}, buffers,
                        T(0.5) / static_cast<T>(n));
     } else {
-      // The core's result goes to the buffer its last buffered pass did not write.
-      T* z = buffers + ((BufferedPasses(*spec) & 1) ? 2 * n : 0);
+      // The core's result goes to the buffer its last pass did not write.
+      T* z = buffers + ((spec->pass_count & 1) ? 2 * n : 0);
       RunCore<false, V>(*spec, PairsIn<V, T, false>{src}, SplitOut<V, T, false>{z, z + n}, buffers,
                         T(1));
       SeparateHalves<V>(z, z + n, dst, spec->core_length, roots_re, roots_im);

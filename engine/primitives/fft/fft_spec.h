@@ -35,10 +35,6 @@ struct FFTSpec {
   int lanes;
   int rows;
   int pass_count;
-  // 1 when the last pass (span = radix, no roots) runs inside the lanes pass instead of making a
-  // trip of its own through memory; its block of lanes x radix points follows the two buffers in
-  // the work buffer.
-  int closing_in_lanes;
   // Rows of a core short enough to stay in registers from load to store (no passes, no work
   // buffer); 0 for the general path.
   int short_rows;
