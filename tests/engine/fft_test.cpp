@@ -332,8 +332,8 @@ void CheckInPlace(const Kind<T, L>& kind, int order) {
   }
 }
 
-// Orders 13..16 reach every closing radix of the large cores, whose last pass runs inside the
-// lanes pass, at both parities of the buffered pass count.
+// Orders 13..16 reach every closing radix of the multi-pass cores, at both parities of the pass
+// count (which picks the buffer a real kind's core result lands in).
 TEST(FFT, InPlaceMatchesOutOfPlace) {
   for (int order : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 13, 14, 15, 16}) {
     for (int i = 0; i < 2; ++i) {
