@@ -332,8 +332,10 @@ void CheckInPlace(const Kind<T, L>& kind, int order) {
   }
 }
 
+// Orders 13..16 reach every closing radix of the multi-pass cores, at both parities of the pass
+// count (which picks the buffer a real kind's core result lands in).
 TEST(FFT, InPlaceMatchesOutOfPlace) {
-  for (int order : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 12}) {
+  for (int order : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 13, 14, 15, 16}) {
     for (int i = 0; i < 2; ++i) {
       CheckInPlace(kRealF32[i], order);
       CheckInPlace(kRealF64[i], order);
@@ -342,6 +344,49 @@ TEST(FFT, InPlaceMatchesOutOfPlace) {
       CheckInPlace(kSplitF32[i], order);
       CheckInPlace(kSplitF64[i], order);
     }
+  }
+}
+
+// Preparation and transforms stay within the spec block and the work buffer they sized: guard
+// bytes after both survive a forward and an inverse run.
+template <class T, Layout L>
+void CheckWithinSizedBuffers(const Kind<T, L>& kind, int order) {
+  SCOPED_TRACE(testing::Message() << kind.name << " order " << order);
+  constexpr size_t kGuard = 4096;
+  constexpr unsigned char kMark = 0xA5;
+  int spec_size = 0;
+  int init_size = 0;
+  int work_size = 0;
+  ASSERT_EQ(kind.get_size(order, engine::kFFTDivInvByN, 1, &spec_size, &init_size, &work_size),
+            engStsNoErr);
+  Prepared<T, L> p(kind, order);
+  p.block.assign(static_cast<size_t>(spec_size) + kGuard, kMark);
+  p.work.assign(static_cast<size_t>(work_size) + kGuard, kMark);
+  ASSERT_EQ(kind.init(&p.spec, order, engine::kFFTDivInvByN, 1, p.block.data(), nullptr),
+            engStsNoErr);
+  const size_t n = size_t{1} << order;
+  const size_t size = L == Layout::kReal ? n + 2 : 2 * n;
+  std::vector<T> src = Rounded<T>(RandomValues(size, 5));
+  if (L == Layout::kReal) src[1] = src[n + 1] = 0;
+  std::vector<T> dst(size);
+  ASSERT_EQ(Run(kind, false, p, src, dst), engStsNoErr);
+  ASSERT_EQ(Run(kind, true, p, src, dst), engStsNoErr);
+  const auto marked = [&](const std::vector<unsigned char>& v, size_t from) {
+    return std::all_of(v.begin() + static_cast<std::ptrdiff_t>(from), v.end(),
+                       [&](unsigned char b) { return b == kMark; });
+  };
+  EXPECT_TRUE(marked(p.block, static_cast<size_t>(spec_size)));
+  EXPECT_TRUE(marked(p.work, static_cast<size_t>(work_size)));
+}
+
+TEST(FFT, StaysWithinSizedBuffers) {
+  for (int order : {5, 12, 13, 14, 15, 16, 17}) {
+    CheckWithinSizedBuffers(kRealF32[0], order);
+    CheckWithinSizedBuffers(kRealF64[0], order);
+    CheckWithinSizedBuffers(kComplexF32[0], order);
+    CheckWithinSizedBuffers(kComplexF64[0], order);
+    CheckWithinSizedBuffers(kSplitF32[0], order);
+    CheckWithinSizedBuffers(kSplitF64[0], order);
   }
 }
 
