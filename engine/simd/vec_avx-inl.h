@@ -381,34 +381,6 @@ ZAL_INLINE VF64 ExponentField(VF64 v) {
   return {_mm256_sub_pd(_mm256_or_pd(_mm256_castsi256_pd(field), magic), magic)};
 }
 
-// table[index] for integral, in-range indices.
-ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
-  const __m256i i = _mm256_cvttps_epi32(index.raw);
-#if ZAL_LEVEL_INDEX >= 4
-  // The masked form: GCC 12 warns that the plain one's pass-through operand is uninitialised.
-  const __m256 all = _mm256_castsi256_ps(_mm256_set1_epi32(-1));
-  return {_mm256_mask_i32gather_ps(_mm256_setzero_ps(), table, i, all, 4)};
-#else
-  alignas(32) std::int32_t lanes[8];
-  _mm256_store_si256(reinterpret_cast<__m256i*>(lanes), i);
-  return {_mm256_setr_ps(table[lanes[0]], table[lanes[1]], table[lanes[2]], table[lanes[3]],
-                         table[lanes[4]], table[lanes[5]], table[lanes[6]], table[lanes[7]])};
-#endif
-}
-ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
-  const __m128i i = _mm256_cvttpd_epi32(index.raw);
-#if ZAL_LEVEL_INDEX >= 4
-  const __m256d all = _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
-  return {_mm256_mask_i32gather_pd(_mm256_setzero_pd(), table, i, all, 8)};
-#else
-  const __m128d lower =
-      _mm_loadh_pd(_mm_load_sd(table + _mm_cvtsi128_si32(i)), table + _mm_extract_epi32(i, 1));
-  const __m128d upper =
-      _mm_loadh_pd(_mm_load_sd(table + _mm_extract_epi32(i, 2)), table + _mm_extract_epi32(i, 3));
-  return {_mm256_set_m128d(upper, lower)};
-#endif
-}
-
 // table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
 // offset by 1.5 * 2^52 holds its integer).
 ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {

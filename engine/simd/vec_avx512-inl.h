@@ -433,14 +433,6 @@ ZAL_INLINE VF64 ExponentField(VF64 v) {
   return {_mm512_cvtepi64_pd(_mm512_srli_epi64(_mm512_castpd_si512(v.raw), 52))};
 }
 
-// table[index] for integral, in-range indices.
-ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
-  return {_mm512_i32gather_ps(_mm512_cvttps_epi32(index.raw), table, 4)};
-}
-ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
-  return {_mm512_i32gather_pd(_mm512_cvttpd_epi32(index.raw), table, 8)};
-}
-
 // table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
 // offset by 1.5 * 2^52 holds its integer): two registers and one permutation.
 ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {

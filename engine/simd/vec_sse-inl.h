@@ -432,19 +432,6 @@ ZAL_INLINE VF64 ExponentField(VF64 v) {
   return {_mm_sub_pd(_mm_or_pd(_mm_castsi128_pd(field), magic), magic)};
 }
 
-// table[index] for integral, in-range indices.
-ZAL_INLINE VF32 Gather(const float* table, VF32 index) {
-  alignas(16) std::int32_t i[4];
-  _mm_store_si128(reinterpret_cast<__m128i*>(i), _mm_cvttps_epi32(index.raw));
-  return {_mm_setr_ps(table[i[0]], table[i[1]], table[i[2]], table[i[3]])};
-}
-ZAL_INLINE VF64 Gather(const double* table, VF64 index) {
-  const __m128i i = _mm_cvttpd_epi32(index.raw);
-  const int i0 = _mm_cvtsi128_si32(i);
-  const int i1 = _mm_cvtsi128_si32(_mm_srli_si128(i, 4));
-  return {_mm_loadh_pd(_mm_load_sd(table + i0), table + i1)};
-}
-
 // table[j] for the 16-entry table, j the low four bits of each lane's bit pattern (where a value
 // offset by 1.5 * 2^52 holds its integer).
 ZAL_INLINE VF64 LookupLowBits16(const double* table, VF64 v) {
