@@ -31,7 +31,7 @@ ZAL_FILTER_PACKAGES=(libliquid-dev libsoxr-dev libsamplerate0-dev)
 ZAL_MATRIX_PACKAGES=(libeigen3-dev)
 
 # The libFuzzer targets, built by a tree configured with -DZAL_BUILD_FUZZ=ON.
-ZAL_FUZZ_TARGETS=(utility transform)
+ZAL_FUZZ_TARGETS=(utility transform filter convolution)
 
 # run_fuzz_targets DIR SECONDS [SEED]: runs each fuzz target of build tree DIR for SECONDS from a
 # copy of its seed corpus (the checked-in corpus is never written), with libFuzzer's random seed

@@ -33,7 +33,8 @@ namespace zalaccelerate {
 // multiply-add. Every output is within 2 (tapsLen + 2) 2^-24 sum |h[k] x[n - k]| of the exact sum
 // (NaN and infinity propagate as in that sum, and an input only reaches the outputs it is a term
 // of). The order does not depend on where a block starts: on one processor, filtering a stream in
-// blocks of any sizes gives the bits of one call over the whole stream.
+// blocks of any sizes gives the bits of one call over the whole stream, but for the sign of a zero
+// output and the sign and payload of a NaN, which depend on where a sample falls in a register.
 //
 // Memory, allocated by FIRInit with utility::Malloc_*: the prepared filter, at most
 // 68 tapsLen + 3.4 KiB bytes (the taps reversed, and shifted once per lane of the widest
@@ -233,7 +234,8 @@ ZAL_API void IIRFree(IIRState_Double* state);
 // first (element 0 is the oldest, the last element the input just before the first one). MRFInit
 // copies the caller's vector into the state and the state carries its copy from call to call, so
 // consecutive MRFProcess calls continue one stream: splitting a signal into calls of any whole
-// number of iterations gives the same outputs as one call. The caller's vector is never updated.
+// number of iterations gives the same outputs as one call (a zero's sign aside). The caller's
+// vector is never updated.
 // An empty vector makes a filter without memory: every call starts from silence (zero history)
 // and carries nothing over. A vector of another length is copied as it is: a shorter one is the
 // caller's error (the state's array is zero-filled to the delay line's length, so the missing
@@ -250,7 +252,10 @@ ZAL_API void IIRFree(IIRState_Double* state);
 // Accuracy: each output is a sum of its (tapsLen + upFactor - 1) / upFactor products in the
 // state's precision, in an order that depends on the instruction set (fused multiply-add where
 // available), so levels may differ in the last bits. The error from the exact result is at most
-// (terms + 2) eps sum |h[k] u[t - k]|, eps the type's epsilon; typically far less.
+// (terms + 2) eps sum |h[k] u[t - k]|, eps the type's epsilon; typically far less. The taps of
+// each phase are padded with zeros to whole registers, so a NaN or infinity among the inputs may
+// also turn a few outputs next to those it is a term of into NaN (zero times it); finite inputs
+// are unaffected.
 //
 // Arrays must be aligned to their element type, nothing more; src and dst must not overlap.
 // Bad input: MRFInit leaves *state unchanged (set it to null first) when a factor is 0, a phase

@@ -579,10 +579,11 @@ ZAL_API void WindowKaiser(unsigned int len, const double* src, double* dst, doub
 // summation it reaches only the outputs it takes part in.
 // ConvolutionWorkBufferSize: the length, in floats, of the work buffer that Convolve of these
 // lengths needs (0 when it sums directly, or when the lengths are refused). A double Convolve
-// takes a work buffer of that many doubles. The work buffer needs no alignment beyond its
-// element type's; it holds the transform's tables between calls, and a call with a buffer whose
-// tables are intact for its block length skips preparing them (a checksum guards them, so the
-// caller may use the buffer for anything between calls).
+// takes a work buffer of that many doubles. The size is that of the processor level in force:
+// query it again after forcing another level through the engine. The work buffer needs no
+// alignment beyond its element type's; it holds the transform's tables between calls, and a call
+// with a buffer whose tables are intact for its block length skips preparing them (a checksum
+// guards them, so the caller may use the buffer for anything between calls).
 // The overloads with `work` allocate nothing; the others allocate one engine block per call (of
 // ConvolutionWorkBufferSize elements, released on every path; they may throw std::bad_alloc for
 // its owner) and prepare the transform every call.

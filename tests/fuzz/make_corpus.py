@@ -8,8 +8,10 @@ import random
 
 ROOT = pathlib.Path(__file__).resolve().parent / "corpus"
 # Files, largest size, and the step of the selector byte between files: the utility target has
-# 172 functions (one byte picks one, modulo their count), the transform target 8 kinds.
-TARGETS = {"utility": (40, 512, 5), "transform": (24, 384, 1)}
+# 172 functions (one byte picks one, modulo their count), the transform target 8 kinds, the filter
+# target 5 filters and the convolution target 8 calls.
+TARGETS = {"utility": (40, 512, 5), "transform": (24, 384, 1), "filter": (24, 512, 1),
+           "convolution": (24, 512, 1)}
 
 # The utility table's last index and the positions of the functions the spelled-out inputs call
 # (utility_fuzz.cpp, Entries()); after the table changes they are just more random seeds.
