@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "tests/fuzz/typed_array.h"
@@ -18,10 +19,6 @@ namespace {
 
 namespace f = zalaccelerate::filter;
 using zalaccelerate::FIRState_Float;
-using zalaccelerate::IIRState_Double;
-using zalaccelerate::IIRState_Float;
-using zalaccelerate::MRFState_Double;
-using zalaccelerate::MRFState_Float;
 
 // Equal as a stream's outputs must be whatever the split: the same values, NaN where NaN; the
 // sign of a zero and a NaN's sign and payload may depend on where in a register a sample falls.
@@ -169,19 +166,12 @@ void FirCall(FuzzedDataProvider& input) {
 // ---- IIR ----------------------------------------------------------------------------------------
 
 template <class T>
-struct IirState;
-template <>
-struct IirState<float> {
-  using type = IIRState_Float;
-};
-template <>
-struct IirState<double> {
-  using type = IIRState_Double;
-};
+using IirState = std::conditional_t<std::is_same_v<T, float>, zalaccelerate::IIRState_Float,
+                                    zalaccelerate::IIRState_Double>;
 
 template <class T>
 void IirCall(FuzzedDataProvider& input) {
-  using State = typename IirState<T>::type;
+  using State = IirState<T>;
   const FpMode mode = DrawMode(input);
   const bool cascade = input.ConsumeBool();
   std::uint32_t size = 0;  // order, or sections
@@ -291,15 +281,8 @@ void IirCall(FuzzedDataProvider& input) {
 // ---- Multirate FIR ------------------------------------------------------------------------------
 
 template <class T>
-struct MrfState;
-template <>
-struct MrfState<float> {
-  using type = MRFState_Float;
-};
-template <>
-struct MrfState<double> {
-  using type = MRFState_Double;
-};
+using MrfState = std::conditional_t<std::is_same_v<T, float>, zalaccelerate::MRFState_Float,
+                                    zalaccelerate::MRFState_Double>;
 
 std::uint32_t DrawFactor(FuzzedDataProvider& input) {
   switch (input.ConsumeIntegralInRange<int>(0, 15)) {
@@ -346,7 +329,7 @@ Exact MrfExact(const std::vector<T>& taps, const History& history, std::size_t d
 
 template <class T>
 void MrfCall(FuzzedDataProvider& input) {
-  using State = typename MrfState<T>::type;
+  using State = MrfState<T>;
   using History = std::vector<T, zalcore::STLAllocator<T>>;
   const FpMode mode = DrawMode(input);
   const std::uint32_t up = DrawFactor(input);
