@@ -97,7 +97,7 @@ void Init(State** state, unsigned int up_factor, unsigned int down_factor, const
   *state = record;
 }
 
-// The prepared filter sits at the first 64-byte boundary of the spec block.
+// The prepared filter sits at the first 64-byte boundary of the prepared block.
 const MRFSpec* Handle(unsigned char* spec) {
   const auto address = reinterpret_cast<std::uintptr_t>(spec);
   return reinterpret_cast<const MRFSpec*>((address + 63) & ~static_cast<std::uintptr_t>(63));

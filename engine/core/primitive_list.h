@@ -198,7 +198,7 @@
   ZAL_WINDOW_BY_TYPE_PRIMITIVES(X, double, F64)
 
 // Fast Fourier transforms of 2^order points, per kind: real (packed N + 2 spectrum), complex
-// interleaved, complex split. GetSize gives the spec block, initialisation scratch and work
+// interleaved, complex split. GetSize gives the prepared block, initialisation scratch and work
 // sizes; Init prepares a spec in a block of that size; Fwd/Inv run it (inverse divided by N).
 #define ZAL_FFT_KIND_PRIMITIVES(X, K, Transform) \
   X(fft, FFTGetSize##K, FFTGetSize, kService)    \

@@ -141,7 +141,7 @@ using Window = EngStatus(const T* src, T* dst, int n);
 template <class T>
 using WindowWithParameter = EngStatus(const T* src, T* dst, int n, T alpha);
 
-// Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a spec block
+// Fast Fourier transforms. A prepared transform (FFTSpec, opaque here) lives inside a block
 // the caller allocates to the queried size; preparation writes its address through `spec`.
 struct FFTSpec;
 using FFTGetSize = EngStatus(int order, int flag, int hint, int* spec_size, int* init_size,
@@ -203,7 +203,7 @@ using InterleaveS24 = InterleaveConversion<Int24>;
 using InterleaveS32 = InterleaveConversion<int>;
 
 // ---- Single-rate FIR filter and lowpass design --------------------------------------------------
-// A prepared filter lives in a spec block of the queried size, laid out by the level that prepares
+// A prepared filter lives in a block of the queried size, laid out by the level that prepares
 // it; filtering reads the delay line dly_src (null: silence) and writes the stream's last
 // taps_len - 1 inputs to dly_dst (null: not kept). The lowpass design writes taps_len doubles.
 using FIRGetSize = EngStatus(int taps_len, int data_type, int* spec_size, int* work_size);
@@ -233,7 +233,7 @@ using SetFlag = EngStatus(int flag);
 using VersionQuery = const EngLibraryVersion*();
 
 // ---- Multirate FIR filter ----------------------------------------------------------------------
-// A prepared polyphase filter (MRFSpec, opaque here) lives in a spec block the caller allocates to
+// A prepared polyphase filter (MRFSpec, opaque here) lives in a block the caller allocates to
 // the queried size, with a work buffer of the queried size beside it. `data_type` is the engine's
 // element code: 13 float, 19 double. Each call runs `iters` periods of down_factor inputs and
 // up_factor outputs; the delay lines (optional, null for silence) hold the last inputs, oldest

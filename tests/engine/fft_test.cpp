@@ -347,7 +347,7 @@ TEST(FFT, InPlaceMatchesOutOfPlace) {
   }
 }
 
-// Preparation and transforms stay within the spec block and the work buffer they sized: guard
+// Preparation and transforms stay within the prepared block and the work buffer they sized: guard
 // bytes after both survive a forward and an inverse run.
 template <class T, Layout L>
 void CheckWithinSizedBuffers(const Kind<T, L>& kind, int order) {

@@ -208,7 +208,7 @@ ZAL_INLINE void AddInto(T* dst, const T* src, int n) {
   if (i < n) StoreN(dst + i, LoadN(dst + i, n - i) + LoadN(src + i, n - i), n - i);
 }
 
-// The spec block's tables as the last call with this work buffer left them, or freshly prepared.
+// The prepared tables as the last call with this work buffer left them, or freshly prepared.
 template <class T>
 EngStatus PreparedSpec(int order, int spec_bytes, unsigned char* base, long long spec_offset,
                        const FFTSpec** spec) {

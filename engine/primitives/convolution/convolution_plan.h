@@ -26,7 +26,7 @@ struct ConvolutionPlan {
 ConvolutionPlan PlanConvolution(long long len_a, long long len_b, int method);
 
 // Byte offsets into a 64-byte aligned work area: a header that tags the prepared tables, the
-// transform's spec block, its scratch, the shorter operand's spectrum and one block's spectrum.
+// transform's prepared block, its scratch, the shorter operand's spectrum and one block's spectrum.
 struct ConvolutionLayout {
   long long spec;
   long long scratch;
@@ -38,7 +38,7 @@ struct ConvolutionLayout {
 ConvolutionLayout LayOutConvolution(int order, int spec_bytes, int scratch_bytes,
                                     int element_bytes);
 
-// The tag of a prepared transform and a checksum of its spec block: tables that are still
+// The tag of a prepared transform and a checksum of its prepared block: tables that are still
 // intact serve the next call with the same block length, so that a caller who keeps its work
 // buffer pays for the unit roots once.
 struct ConvolutionTag {

@@ -1,4 +1,4 @@
-// The prepared transform the preparation primitives write into a spec block, and the unit roots
+// The prepared transform the preparation primitives write into a prepared block, and the unit roots
 // they fill it with. Plain data, shared by every level and the portable variant; a spec is only
 // ever run by the level (and kind) that prepared it.
 #pragma once

@@ -1,4 +1,4 @@
-// The sizes of FIR spec blocks and work buffers: baseline code, shared by every level.
+// The sizes of FIR prepared blocks and work buffers: baseline code, shared by every level.
 #include <cstdint>
 
 #include "engine/primitives/fir/fir_spec.h"

@@ -31,7 +31,7 @@ struct FIRSpecHeader {
   std::int32_t back_mask;   // lanes + 1 registers: register t keeps lanes t .. lanes - 1
 };
 
-// Bytes of a spec block and of a work buffer for taps_len taps (any level); engStsSizeErr when
+// Bytes of a prepared block and of a work buffer for taps_len taps (any level); engStsSizeErr when
 // they leave the range of the aligned allocator.
 EngStatus FIRSizes(int taps_len, int* spec_size, int* work_size);
 

@@ -1,4 +1,4 @@
-// The prepared polyphase filter the preparation primitives write into a spec block. Plain data,
+// The prepared polyphase filter the preparation primitives write into a prepared block. Plain data,
 // laid out the same by every level and the portable variant, so any of them runs any spec of its
 // element type.
 #pragma once
